@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QString>
+
+// The G/I/D exchanges with the rack. A failure is the empty text; "CNG" is a refusal and
+// "NEEDLESS" an item the card does not use. Attempts are `retries` + 1.
+
+QString ReadData(int retries, const QString &group, const QString &item);
+QString WriteData(int retries, const QString &group, const QString &item, const QString &data);
+QString WriteDataChk(int retries, const QString &group, const QString &item, const QString &data);
+
+QString ReadDataOnce(const QString &group, const QString &item);
+QString WriteDataOnce(const QString &group, const QString &item, const QString &data);
+QString WriteDataChkOnce(const QString &group, const QString &item, const QString &data);
+
+// One step: sends `command` (with its CR) and returns the reply without CR and outer blanks.
+QString SendLine(const QString &command);
+// The step proper: `reply` gets the reply without its CR, or the empty text.
+void SendRecv(const QString &command, QString &reply);
+
+// The text without blanks at either end (only blanks; other characters are data).
+QString TrimBlanks(const QString &text);
+
+// The longest reply a step keeps; a line that floods without CR cannot grow memory past it.
+constexpr int kMaxReplyBytes = 4096;
