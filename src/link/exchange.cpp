@@ -59,6 +59,7 @@ void SendRecv(const QString &command, QString &reply) {
     QObject::connect(line, &SerialLine::lineLost, &loop, &QEventLoop::quit);
     QObject::connect(line, &QObject::destroyed, &loop, &QEventLoop::quit);
     QObject::connect(Link::events(), &Link::Events::stepEnded, &loop, &QEventLoop::quit);
+    QObject::connect(Link::events(), &Link::Events::stepExpired, &loop, &QEventLoop::quit);
     QByteArray received;
     bool complete = false;
     for (;;) {

@@ -24,7 +24,11 @@ QTimer *intervalTimer() {
         auto *t = new QTimer(Link::events());
         t->setObjectName("IntervalTimer");
         t->setSingleShot(true);
-        QObject::connect(t, &QTimer::timeout, [] { state().expired = true; });
+        t->setTimerType(Qt::PreciseTimer);
+        QObject::connect(t, &QTimer::timeout, [] {
+            state().expired = true;
+            emit Link::events()->stepExpired();
+        });
         return t;
     }();
     return timer;

@@ -27,6 +27,7 @@ class Events : public QObject {
     Q_OBJECT
 signals:
     void stepEnded();
+    void stepExpired();
 };
 Events *events();
 

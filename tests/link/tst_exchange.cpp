@@ -1,0 +1,216 @@
+#include "support/testsupport.h"
+
+#include "link/exchange.h"
+
+#include <QElapsedTimer>
+#include <QTest>
+#include <QTimer>
+
+using vxtest::SimSession;
+
+// The three write/read flavours against the same rack behaviour, row by row.
+class ExchangeTest : public QObject {
+    Q_OBJECT
+
+    static QStringList sent(SimSession &s) { return s.rack.commands(); }
+
+private slots:
+    void init() { Clock::setDivisor(100); }
+
+    void readOfAStoredItem() {
+        SimSession s;
+        s.rack.slot(3).model = "QF4";
+        s.rack.slot(3).setItem("01", "02", "D1:100");
+        s.rack.refreshDirectory();
+        QCOMPARE(WriteData(3, "00", "41", "3"), QString("3"));
+        QCOMPARE(ReadData(3, "01", "02"), QString("1:100"));
+        QCOMPARE(sent(s), QStringList({"G00", "I41", "D3", "G01", "I02"}));
+    }
+
+    void bytesWaitingAtTheStart() {
+        SimSession s;
+        s.line->inject("stale");
+        QCOMPARE(ReadDataOnce("00", "40"), QString());
+        QCOMPARE(WriteDataOnce("00", "01", "F"), QString());
+        QVERIFY(sent(s).isEmpty());
+        // The checked write does not look, so its first step takes the stale bytes away.
+        QCOMPARE(WriteDataChkOnce("00", "01", "F"), QString());
+        QCOMPARE(sent(s), QStringList({"G00"}));
+        QCOMPARE(s.line->bytesAvailable(), 0);
+        QCOMPARE(WriteDataChkOnce("00", "01", "F"), QString("F"));
+    }
+
+    void refusedGroupEndsEveryFlavour() {
+        SimSession s;
+        QCOMPARE(ReadDataOnce("07", "02"), QString());
+        QCOMPARE(WriteDataOnce("07", "02", "1"), QString());
+        QCOMPARE(WriteDataChkOnce("07", "02", "1"), QString());
+        QCOMPARE(sent(s), QStringList({"G07", "G07", "G07"}));
+    }
+
+    void emptyItem() {
+        SimSession s;
+        QCOMPARE(ReadData(3, "99", ""), QString());
+        QCOMPARE(sent(s), QStringList({"G99", "G99", "G99", "G99"}));
+        s.rack.clearTranscript();
+        WriteDataOnce("00", "", "1");
+        QCOMPARE(sent(s), QStringList({"G00", "I"}));
+        s.rack.clearTranscript();
+        QCOMPARE(WriteDataChkOnce("00", "", "1"), QString());
+        QCOMPARE(sent(s), QStringList({"G00"}));
+    }
+
+    void itemRepliesPerFlavour_data() {
+        QTest::addColumn<int>("fault");
+        QTest::addColumn<QString>("read");
+        QTest::addColumn<QString>("write");
+        QTest::addColumn<QString>("checked");
+        QTest::newRow("CNG") << int(SimFault::Refuse) << "CNG" << "" << "CNG";
+        QTest::newRow("CNU") << int(SimFault::Unused) << "NEEDLESS" << "" << "NEEDLESS";
+        QTest::newRow("DTMOUT") << int(SimFault::Timeout) << "" << "" << "";
+        QTest::newRow("silence") << int(SimFault::NoReply) << "" << "" << "";
+    }
+    void itemRepliesPerFlavour() {
+        QFETCH(int, fault);
+        QFETCH(QString, read);
+        QFETCH(QString, write);
+        QFETCH(QString, checked);
+        SimSession s;
+        const SimFaultRule rule{SimFault(fault), "I", 1, 0};
+        s.rack.addFault(rule);
+        QCOMPARE(ReadDataOnce("00", "40"), read);
+        s.rack.addFault(rule);
+        QCOMPARE(WriteDataOnce("00", "01", "F"), write);
+        s.rack.addFault(rule);
+        QCOMPARE(WriteDataChkOnce("00", "01", "F"), checked);
+        // A write never goes on to "D" after such an item reply.
+        QVERIFY(!sent(s).contains("DF"));
+    }
+
+    void invalidDataReply() {
+        SimSession s;
+        s.rack.comm().setItem("00", "50", "D    invalid data");
+        QCOMPARE(ReadData(3, "00", "50"), QString("invalid data"));
+        QCOMPARE(WriteDataChk(10, "00", "50", "7"), QString("CNG"));
+        s.rack.clearTranscript();
+        QCOMPARE(WriteData(3, "00", "50", "7"), QString("7"));
+        QCOMPARE(sent(s), QStringList({"G00", "I50", "D7"}));
+    }
+
+    void dataRepliesThatFailAWrite_data() {
+        QTest::addColumn<int>("fault");
+        QTest::newRow("CNU") << int(SimFault::Unused);
+        QTest::newRow("CNG") << int(SimFault::Refuse);
+        QTest::newRow("DTMOUT") << int(SimFault::Timeout);
+        QTest::newRow("silence") << int(SimFault::NoReply);
+    }
+    void dataRepliesThatFailAWrite() {
+        QFETCH(int, fault);
+        SimSession s;
+        s.rack.addFault({SimFault(fault), "D", 1, 0});
+        QCOMPARE(WriteDataOnce("00", "01", "F"), QString());
+        s.rack.addFault({SimFault(fault), "D", 1, 0});
+        QCOMPARE(WriteDataChkOnce("00", "01", "F"), QString());
+    }
+
+    void retryLayer() {
+        SimSession s;
+        // "CNU" on the item: a write fails every attempt, the checked write answers at once.
+        QCOMPARE(WriteData(3, "00", "77", "1"), QString());
+        QCOMPARE(sent(s).count("I77"), 4);
+        s.rack.clearTranscript();
+        QCOMPARE(WriteDataChk(10, "00", "77", "1"), QString("NEEDLESS"));
+        QCOMPARE(sent(s).count("I77"), 1);
+        // "CNG" ends a read at once.
+        s.rack.clearTranscript();
+        s.rack.addFault({SimFault::Refuse, "I", -1, 0});
+        QCOMPARE(ReadData(3, "00", "40"), QString("CNG"));
+        QCOMPARE(sent(s).count("I40"), 1);
+        s.rack.clearFaults();
+        // A bare "D" is no value: retried, then the empty result.
+        s.rack.clearTranscript();
+        s.rack.comm().setItem("00", "60", "D");
+        QCOMPARE(ReadData(3, "00", "60"), QString());
+        QCOMPARE(sent(s).count("I60"), 4);
+        // Blanks around a value are not part of it.
+        s.rack.comm().setItem("00", "61", "D  12.5  ");
+        QCOMPARE(ReadData(3, "00", "61"), QString("12.5"));
+    }
+
+    void replyInPiecesIsCollected() {
+        SimSession s;
+        s.rack.addFault({SimFault::Split, "I", 1, 4});
+        QCOMPARE(ReadData(0, "00", "40"), QString("VER:1.00"));
+    }
+
+    void replyWithoutCrEndsEmptyAtTheLimit() {
+        SimSession s(10); // a 300 ms limit: long enough to see the wait
+        s.rack.addFault({SimFault::NoCR, "G", 1, 0});
+        QElapsedTimer clock;
+        clock.start();
+        QCOMPARE(ReadDataOnce("00", "40"), QString());
+        QVERIFY2(clock.elapsed() >= 290, qPrintable(QString::number(clock.elapsed())));
+        QVERIFY(clock.elapsed() < 1500);
+    }
+
+    void lateReplyBlocksUntilSomethingEmptiesTheBuffer() {
+        SimSession s;
+        s.rack.addFault({SimFault::Late, "I", 1, 2000});
+        QCOMPARE(ReadDataOnce("00", "40"), QString());
+        QTRY_VERIFY(s.line->bytesAvailable() > 0);
+        s.rack.clearTranscript();
+        QCOMPARE(ReadData(3, "00", "40"), QString());
+        QCOMPARE(WriteData(3, "00", "01", "F"), QString());
+        QVERIFY(sent(s).isEmpty());
+        QCOMPARE(WriteDataChk(10, "00", "01", "F"), QString("F"));
+        QCOMPARE(ReadData(3, "00", "40"), QString("VER:1.00"));
+    }
+
+    void nestedStepEndsTheOuterStep() {
+        SimSession s(10);
+        // The outer reply would come well inside its limit, but a nested step ends first.
+        s.rack.addFault({SimFault::Delay, "G00", 1, 2000});
+        QString nested;
+        QTimer::singleShot(20, [&] {
+            s.rack.clearFaults();
+            nested = SendLine("G01\r");
+        });
+        QString outer;
+        SendRecv("G00\r", outer);
+        QCOMPARE(outer, QString());
+        QCOMPARE(nested, QString("COK"));
+    }
+
+    void cutLineEndsTheStepAndClosesThePort() {
+        SimSession s;
+        s.rack.addFault({SimFault::CutLine, "I", 1, 0});
+        QCOMPARE(ReadData(3, "00", "40"), QString());
+        QVERIFY(!s.line->isOpen());
+        QCOMPARE(sent(s).count("I40"), 1); // later attempts find the port closed
+    }
+
+    void floodWithoutCrIsCapped() {
+        SimSession s;
+        s.rack.addFault({SimFault::NoReply, "G", 1, 0});
+        QTimer::singleShot(1, [&] { s.line->inject(QByteArray(1 << 20, 'x')); });
+        QString reply;
+        SendRecv("G00\r", reply);
+        QCOMPARE(reply, QString());
+        QTimer::singleShot(1, [&] { s.line->inject(QByteArray(1 << 20, 'y') + "\r"); });
+        SendRecv("G00\r", reply);
+        QVERIFY(reply.size() <= kMaxReplyBytes);
+    }
+
+    void closedPortFailsQuietly() {
+        SimSession s;
+        s.line->close();
+        QElapsedTimer clock;
+        clock.start();
+        QCOMPARE(ReadData(3, "00", "40"), QString());
+        QCOMPARE(WriteDataChk(10, "00", "01", "F"), QString());
+        QVERIFY(clock.elapsed() < 100);
+    }
+};
+
+VX_TEST(ExchangeTest)
+#include "tst_exchange.moc"
