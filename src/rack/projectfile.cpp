@@ -1,0 +1,5 @@
+#include "rack/projectfile.h"
+
+void OpenProjectFile() {}
+
+void SaveProjectFile() {}
