@@ -1,11 +1,20 @@
+#include "app/frmvxcfg.h"
+#include "link/link.h"
+#include "link/qserialline.h"
+#include "views/allviews.h"
+
 #include <QApplication>
-#include <QMainWindow>
+#include <QDir>
 
 int main(int argc, char **argv) {
     QApplication app(argc, argv);
-    QMainWindow window;
-    window.setWindowTitle(QStringLiteral("VXCFG"));
-    window.resize(800, 600);
+    // Settings files are looked for beside the program.
+    QDir::setCurrent(QCoreApplication::applicationDirPath());
+    Link::setPort(std::make_unique<QSerialLine>());
+    RegisterAllViews();
+    FrmVxCfg window;
     window.show();
-    return app.exec();
+    const int code = app.exec();
+    Link::setPort(nullptr);
+    return code;
 }

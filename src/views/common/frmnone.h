@@ -1,0 +1,13 @@
+#pragma once
+
+#include "views/common/viewregistry.h"
+
+#include <QWidget>
+
+// The view of an empty slot: a frame that says so, and nothing that talks to the rack.
+class FrmNONE : public QWidget, public OpenableView {
+    Q_OBJECT
+public:
+    explicit FrmNONE(QWidget *parent = nullptr);
+    void OpenView(const QString &modelName) override;
+};

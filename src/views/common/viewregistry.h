@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QString>
+#include <functional>
+
+class QWidget;
+
+// Views and the comm card dialogs are single objects, made on first use and kept for the run. Each
+// registers a factory under its form name ("frmQF4", "frmNONE", "frmEther"); the rest of the
+// program reaches it by that name only, so a view that does not exist yet is simply not found.
+
+// The fixed size of every view in the main window's work area.
+inline constexpr int kViewWidth = 800;
+inline constexpr int kViewHeight = 640;
+
+// The opening routine of a card view (or the start of a comm card dialog): what runs each time
+// the user selects it, with the model name that led there.
+class OpenableView {
+public:
+    virtual ~OpenableView() = default;
+    virtual void OpenView(const QString &modelName) = 0;
+};
+
+// Registers (or replaces, while it is not yet made) the factory of a form.
+void RegisterView(const QString &formName, std::function<QWidget *()> factory);
+// The form, made on first use; null for a name nobody registered.
+QWidget *ViewByName(const QString &formName);
+// The form if it has been made, without making it.
+QWidget *LoadedView(const QString &formName);
+// True when a factory is known for the name.
+bool IsViewRegistered(const QString &formName);
+// Forgets every factory and every made form (tests); made forms are deleted.
+void ClearViewRegistry();
