@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QContextMenuEvent>
+#include <QCoreApplication>
 #include <QInputMethodEvent>
 #include <QKeyEvent>
 #include <QLineEdit>
@@ -281,7 +282,7 @@ private:
     bool contextMenu(QContextMenuEvent *event) {
         QMenu *menu = m_box->createStandardContextMenu();
         for (QAction *action : menu->actions()) {
-            if (action->objectName() != QLatin1String("edit-paste")) continue;
+            if (!isPasteAction(action)) continue;
             action->disconnect();
             connect(action, &QAction::triggered, this, [this] { paste(QClipboard::Clipboard); });
         }
@@ -289,6 +290,14 @@ private:
         menu->exec(event->globalPos());
         delete guard.data();
         return true;
+    }
+
+    // The standard menu names its paste action in later toolkit versions; before that only its
+    // (translated) text tells it apart.
+    static bool isPasteAction(const QAction *action) {
+        if (action->objectName() == QLatin1String("edit-paste")) return true;
+        const QString label = action->text().section(QLatin1Char('\t'), 0, 0);
+        return label == QCoreApplication::translate("QLineEdit", "&Paste");
     }
 
     bool middleClick(QMouseEvent *event) {
@@ -299,14 +308,34 @@ private:
         return true;
     }
 
+    // What passes the filter unchanged is pasted the ordinary way; otherwise only the characters
+    // that pass go in, as one step of undo of their own, as an ordinary paste would be.
     void paste(QClipboard::Mode mode) {
-        insertFiltered(QGuiApplication::clipboard()->text(mode), true);
+        const QString text = QGuiApplication::clipboard()->text(mode);
+        const QString accepted = acceptedText(m_box, m_filter, text, true);
+        if (accepted == text && mode == QClipboard::Clipboard) {
+            m_box->paste();
+            return;
+        }
+        if (accepted.isEmpty()) return;
+        separateUndo();
+        m_box->insert(accepted);
+        separateUndo();
     }
 
     bool insertFiltered(const QString &text, bool replaceSelection) {
         const QString accepted = acceptedText(m_box, m_filter, text, replaceSelection);
         if (!accepted.isEmpty()) m_box->insert(accepted);
         return true;
+    }
+
+    // A line edit closes its current step of undo when the cursor moves; there is no other public
+    // way to ask for it. A selection closes the step by itself when it is replaced.
+    void separateUndo() {
+        if (m_box->hasSelectedText() || m_box->text().isEmpty()) return;
+        const int position = m_box->cursorPosition();
+        m_box->setCursorPosition(position == 0 ? 1 : 0);
+        m_box->setCursorPosition(position);
     }
 
     QLineEdit *m_box;
