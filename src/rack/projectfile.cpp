@@ -55,11 +55,12 @@ QString fieldPlace(int record, int index) {
     return where + QStringLiteral(", channel %1").arg(index - 1 - CardRecord::kParams);
 }
 
-bool holdsBinary(const QString &text) {
-    for (const QChar c : text) {
-        const char16_t u = c.unicode();
-        if (u < 0x20 && u != u'\t' && u != u'\r' && u != u'\n') return true;
-        if (u == 0x7f) return true;
+// Control characters other than tab and line ends never stand in a text file. They are the
+// same bytes in every code page this program meets, so the raw bytes are looked at.
+bool holdsBinary(const QByteArray &bytes) {
+    for (const char c : bytes) {
+        const auto u = static_cast<unsigned char>(c);
+        if ((u < 0x20 && u != '\t' && u != '\r' && u != '\n') || u == 0x7f) return true;
     }
     return false;
 }
@@ -231,10 +232,15 @@ Parsed ParseFile(const QByteArray &bytes) {
         parsed.error = QStringLiteral("The file is too large to be a project file.");
         return parsed;
     }
+    if (holdsBinary(bytes)) {
+        parsed.error = QStringLiteral("The file holds binary data; it is not a project file.");
+        return parsed;
+    }
     QStringDecoder decoder(QStringConverter::System);
     const QString text = decoder(bytes);
-    if (decoder.hasError() || holdsBinary(text)) {
-        parsed.error = QStringLiteral("The file holds binary data; it is not a project file.");
+    if (decoder.hasError()) {
+        parsed.error = QStringLiteral("The file holds characters that the system's code page "
+                                      "cannot read; it is not a project file of this system.");
         return parsed;
     }
     const QList<NumberedLine> lines = textLines(text);
@@ -330,7 +336,9 @@ QString WriteProjectFile(const QString &path, const Table &table) {
     if (!error.isEmpty()) return error;
 
     QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly)) return file.errorString();
+    // Unbuffered, so each write reaches the disk and reports its own count: a buffer flushed by
+    // commit() can come out short with no error at all, and commit() would keep the stub.
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) return file.errorString();
     for (const QByteArray &line : lines) {
         // A short count without an error state is a full disk too: commit() would keep a
         // truncated file, so nothing short of every byte is accepted.
