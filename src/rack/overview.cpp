@@ -15,7 +15,7 @@ QLabel *cell(QWidget *parent, const QString &name, int width) {
     QLabel *label = MakeLabel(parent, name, QString());
     label->setFrameShape(QFrame::Panel);
     label->setFrameShadow(QFrame::Sunken);
-    label->setFixedWidth(width);
+    label->setFixedSize(width, 26);
     label->setAlignment(Qt::AlignCenter);
     return label;
 }
@@ -46,7 +46,7 @@ FrmOverview::FrmOverview(QWidget *parent) : QWidget(parent), m_grid(new QGridLay
     outer->addStretch(1);
 
     m_grid->setHorizontalSpacing(4);
-    m_grid->setVerticalSpacing(3);
+    m_grid->setVerticalSpacing(4);
     m_grid->addWidget(header(this, QStringLiteral("No")), 1, 0);
     m_grid->addWidget(header(this, QStringLiteral("Type")), 1, 1);
     m_grid->addWidget(header(this, QStringLiteral("In/ Out")), 1, 2);

@@ -1,0 +1,363 @@
+#include "app/desk.h"
+
+#include "app/frmversion.h"
+#include "link/session.h"
+#include "rack/cardtable.h"
+#include "rack/overview.h"
+
+#include <QDialog>
+#include <QFocusEvent>
+#include <QLabel>
+#include <QMenuBar>
+#include <QTest>
+
+using vxtest::choose;
+using vxtest::Desk;
+using vxtest::press;
+
+namespace {
+
+// The state a finished rack scan leaves: names in the table and the selector, every command on.
+void finishScan(Desk &d, const QMap<int, QString> &names) {
+    for (auto it = names.begin(); it != names.end(); ++it)
+        CardTable(it.key()).CardName = it.value();
+    d.window->FillCardSelector();
+    CommandsOn();
+    d.window->cmdSWcheck->setEnabled(true);
+    d.window->mnuFilesOpen->setEnabled(true);
+    d.window->mnuFilesSave->setEnabled(true);
+}
+
+bool overviewShown() {
+    return Overview()->isVisible();
+}
+
+QStringList menuTexts(QMenu *menu) {
+    QStringList texts;
+    for (QAction *a : menu->actions())
+        texts << (a->isSeparator() ? "-" : a->text());
+    return texts;
+}
+
+// A comm card dialog standing in for the real ones: records its start and is closed by the test.
+class FakeDialog : public QDialog, public OpenableView {
+public:
+    QStringList started;
+    void OpenView(const QString &name) override { started << name; }
+};
+
+const QStringList kSpecialDialogs = {"frmEther", "frmZB",   "frmZRV1F", "frmZRV",
+                                     "frmZQ",    "frmZKFD", "frmHLINK", "frmComm"};
+
+void registerFakeDialogs() {
+    for (const QString &form : kSpecialDialogs)
+        RegisterView(form, [] { return new FakeDialog; });
+}
+
+// The fake dialog that is up, or null.
+QWidget *visibleFake() {
+    for (const QString &form : kSpecialDialogs)
+        if (QWidget *w = LoadedView(form); w && w->isVisible()) return w;
+    return nullptr;
+}
+
+} // namespace
+
+// The frame as a person meets it: its shape, the commands in each operating state, the card
+// selector, the special settings button and the ways out.
+class MainWindowTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void frameAndMenus() {
+        Desk d;
+        FrmVxCfg &w = *d.window;
+        QCOMPARE(MainWindow(), &w);
+        QCOMPARE(w.objectName(), QString("frmVxCfg"));
+        QCOMPARE(w.windowTitle(), QString("VXCFG"));
+        QCOMPARE(w.minimumSize(), w.maximumSize());
+        QVERIFY2(w.width() <= 1024 && w.height() + 40 <= 768,
+                 qPrintable(QStringLiteral("%1x%2").arg(w.width()).arg(w.height())));
+        QCOMPARE(menuTexts(w.mnuFiles), QStringList({"Open", "Save", "-", "Exit"}));
+        QCOMPARE(menuTexts(w.mnuConnect), QStringList({"Connect", "Disconnect"}));
+        QCOMPARE(menuTexts(w.mnuHelp), QStringList({"Version"}));
+        QCOMPARE(w.cboCardNo->count(), 17);
+        QCOMPARE(w.cboCardNo->itemText(0), QString("00:OverView"));
+        QCOMPARE(w.cboCardNo->itemText(9), QString("09:"));
+        QCOMPARE(w.cboCardNo->itemText(16), QString("16:"));
+        QCOMPARE(w.cboCardNo->maxVisibleItems(), 17);
+        QCOMPARE(w.cboCardNo->currentIndex(), 0);
+        QCOMPARE(w.lblConStatus->text(), QString("Disconnected"));
+        QVERIFY(w.fraCmd->isHidden());
+        QVERIFY(!CardSelectLock);
+        QCOMPARE(SelFormName, QString("Over"));
+        // The overview fills the work area on its own.
+        QVERIFY(overviewShown());
+        QCOMPARE(Overview()->parentWidget(), w.workArea());
+        QVERIFY(!d.sim.line->isOpen());
+    }
+
+    void commandsThroughASession() {
+        Desk d;
+        QCOMPARE(d.commands(), QString("--x--xx---x-")); // start
+        QVERIFY(d.connect(1));
+        QCOMPARE(d.commands(), QString("xxxx-xx----x")); // connected, first time
+
+        finishScan(d, {{3, "NONE"}, {4, "ZZ9"}, {5, "QF4"}});
+        QVERIFY(vxtest::pickCard(*d.window, 3));
+        QCOMPARE(d.commands(), QString("-----xx----x")); // card view
+        QVERIFY(LoadedView("frmNONE")->isVisible());
+        QVERIFY(!overviewShown());
+        QCOMPARE(SelFormName, QString("NONE"));
+
+        QVERIFY(press(d.window->cmdOverView));
+        QCOMPARE(d.commands(), QString("xxxx-xx-xx-x")); // back: no DIP switch check
+        QVERIFY(overviewShown());
+        QVERIFY(!LoadedView("frmNONE")->isVisible());
+        QCOMPARE(d.window->cboCardNo->currentIndex(), 0);
+        QCOMPARE(CardNo, 0);
+
+        QVERIFY(choose(d.window->mnuConnectDisconnect));
+        QCOMPARE(d.commands(), QString("----------x-")); // link lost
+        QVERIFY(!d.sim.line->isOpen());
+        QVERIFY(d.connect(1));
+        QCOMPARE(d.commands(), QString("xxxx-------x")); // selector stays off until a scan
+    }
+
+    void selectorBeforeAnyScan() {
+        Desk d;
+        // Before the first connect the selector only ever shows the overview.
+        QVERIFY(vxtest::pickCard(*d.window, 7));
+        QCOMPARE(d.commands(), QString("-----xx---x-"));
+        QVERIFY(vxtest::pickCard(*d.window, 0));
+        QCOMPARE(d.commands(), QString("--x--xx---x-"));
+        QVERIFY(overviewShown());
+
+        QVERIFY(d.connect(1));
+        // A slot without a name shows the overview and offers the files, not the rack commands.
+        QVERIFY(vxtest::pickCard(*d.window, 7));
+        QCOMPARE(CardNo, 7);
+        QVERIFY(overviewShown());
+        QCOMPARE(d.commands(), QString("-----xx-xx-x"));
+        QVERIFY(vxtest::pickCard(*d.window, 0));
+        QCOMPARE(d.commands(), QString("xxxx-xx-xx-x"));
+    }
+
+    void selectorWithModelsNobodyKnows() {
+        Desk d;
+        QVERIFY(d.connect(1));
+        finishScan(d, {{4, "ZZ9"}, {6, "QZ4B"}});
+        QCOMPARE(d.window->cboCardNo->itemText(6), QString("06:QZ4B"));
+        // No row knows the name: the screen stays as it is.
+        QVERIFY(vxtest::pickCard(*d.window, 4));
+        QVERIFY(overviewShown());
+        QCOMPARE(CardNo, 4);
+        // A view that is not part of the program yet opens nothing either.
+        QVERIFY(vxtest::pickCard(*d.window, 6));
+        QVERIFY(overviewShown());
+        QCOMPARE(SelFormName, QString("Over"));
+    }
+
+    void selectorFillsWithDisplayNames() {
+        Desk d;
+        QVERIFY(d.connect(1));
+        finishScan(d, {{1, "XDU12342"}, {2, "H1C"}, {3, "QF4"}, {16, "NONE"}});
+        QCOMPARE(d.window->cboCardNo->itemText(1), QString("01:XDU1234/D(2)"));
+        QCOMPARE(d.window->cboCardNo->itemText(2), QString("02:H(12)"));
+        QCOMPARE(d.window->cboCardNo->itemText(3), QString("03:QF4"));
+        QCOMPARE(d.window->cboCardNo->itemText(4), QString("04:"));
+        QCOMPARE(d.window->cboCardNo->itemText(16), QString("16:NONE"));
+        QCOMPARE(d.window->cboCardNo->itemText(0), QString("00:OverView"));
+    }
+
+    void selectorFocusAndLock() {
+        Desk d;
+        QVERIFY(d.connect(1));
+        finishScan(d, {{3, "NONE"}});
+        QComboBox *selector = d.window->cboCardNo;
+        QFocusEvent in(QEvent::FocusIn, Qt::MouseFocusReason);
+        QApplication::sendEvent(selector, &in);
+        QVERIFY(CardSelFocus);
+        // Opening its own list does not take the focus from it.
+        QFocusEvent toList(QEvent::FocusOut, Qt::PopupFocusReason);
+        QApplication::sendEvent(selector, &toList);
+        QVERIFY(CardSelFocus);
+        // Opening a card view takes the focus away, so that the view's cycle may run.
+        QVERIFY(vxtest::pickCard(*d.window, 3));
+        QVERIFY(!CardSelFocus);
+        QVERIFY(selector->isEnabled());
+        QApplication::sendEvent(selector, &in);
+        QFocusEvent away(QEvent::FocusOut, Qt::TabFocusReason);
+        QApplication::sendEvent(selector, &away);
+        QVERIFY(!CardSelFocus);
+
+        // While the lock is set a click is ignored.
+        CardSelectLock = true;
+        QVERIFY(vxtest::pickCard(*d.window, 0));
+        QCOMPARE(CardNo, 3);
+        QVERIFY(!overviewShown());
+        CardSelectLock = false;
+        QVERIFY(vxtest::pickCard(*d.window, 0));
+        QCOMPARE(CardNo, 0);
+        QVERIFY(overviewShown());
+    }
+
+    void overviewRefreshesTheClasses() {
+        Desk d;
+        QVERIFY(d.connect(1));
+        finishScan(d, {{2, "QK4"}});
+        QCOMPARE(Overview()->lblCardStatus(2)->text(), QString());
+        // Entry 0 while already on the overview refreshes the classes.
+        QVERIFY(vxtest::pickCard(*d.window, 0));
+        QCOMPARE(Overview()->lblCardStatus(2)->text(), QString("OUT"));
+        QCOMPARE(Overview()->lblCardType(2)->text(), QString("QK4"));
+        // So does a file command, even a cancelled one.
+        CardTable(2).CardName = "QP4";
+        People::setFileHandler([](const People::FileRequest &) { return QString(); });
+        QVERIFY(choose(d.window->mnuFilesOpen));
+        People::setFileHandler({});
+        QCOMPARE(Overview()->lblCardStatus(2)->text(), QString("IN"));
+        QVERIFY(d.messages.messages.isEmpty());
+    }
+
+    void connectCommandClearsTheOverview() {
+        Desk d;
+        Overview()->lblCardStatus(5)->setText("IN");
+        Overview()->lblCardType(5)->setText("QF4");
+        QVERIFY(d.connect(1));
+        QCOMPARE(Overview()->lblCardStatus(5)->text(), QString());
+        QCOMPARE(Overview()->lblCardType(5)->text(), QString());
+    }
+
+    void specialSettingOpensItsDialog_data() {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("dialog");
+        QTest::addColumn<bool>("ownStart");
+        QTest::newRow("ZT") << "VX-ZT1"
+                            << "frmEther" << false;
+        QTest::newRow("VX-HR") << "VX-HR1"
+                               << "frmEther" << false;
+        QTest::newRow("ZB2") << "VX-ZB2"
+                             << "frmZB" << false;
+        QTest::newRow("ZRV1F") << "VX-ZRV1F"
+                               << "frmZRV1F" << true;
+        QTest::newRow("ZRV") << "VX-ZRV1"
+                             << "frmZRV" << true;
+        QTest::newRow("ZQ1") << "VX-ZQ1"
+                             << "frmZQ" << true;
+        QTest::newRow("ZKFD1") << "VX-ZKFD1"
+                               << "frmZKFD" << true;
+        QTest::newRow("HLINK") << "VX-HLINK3"
+                               << "frmHLINK" << true;
+    }
+    void specialSettingOpensItsDialog() {
+        QFETCH(QString, name);
+        QFETCH(QString, dialog);
+        QFETCH(bool, ownStart);
+        Desk d;
+        registerFakeDialogs();
+        d.sim.rack.comm().model = name;
+        d.sim.rack.refreshDirectory();
+        QVERIFY(d.connect(1));
+        bool connectOff = false, buttonOn = true;
+        QString opened;
+        auto armed = vxtest::whenVisible(visibleFake, [&](QWidget *w) {
+            opened = w->objectName();
+            connectOff = !d.window->mnuConnect->menuAction()->isEnabled();
+            buttonOn = d.window->cmdSpecialSetting->isEnabled();
+            static_cast<QDialog *>(w)->accept();
+        });
+        QVERIFY(press(d.window->cmdSpecialSetting));
+        *armed = false;
+        QCOMPARE(opened, dialog);
+        QVERIFY(connectOff);
+        QCOMPARE(buttonOn, !ownStart);
+        QCOMPARE(static_cast<FakeDialog *>(LoadedView(dialog))->started, QStringList({name}));
+        QVERIFY(d.window->mnuConnect->menuAction()->isEnabled());
+        QVERIFY(!d.window->fraCmd->isHidden());
+    }
+
+    void specialSettingWithoutADialogHidesItsPanel() {
+        Desk d;
+        registerFakeDialogs();
+        QVERIFY(d.connect(1));
+        // A master card of the Ethernet family: the caption says so, the click only hides.
+        IsMasterComm = true;
+        SetSpecialButton(CommCardName);
+        QCOMPARE(d.window->cmdSpecialSetting->text(), QString("Ethernet Setting"));
+        QVERIFY(press(d.window->cmdSpecialSetting));
+        QVERIFY(d.window->fraCmd->isHidden());
+        QVERIFY(!visibleFake());
+        QVERIFY(!LoadedView("frmEther"));
+        QVERIFY(d.window->mnuConnect->menuAction()->isEnabled());
+
+        // "ZKFD2" has no caption of its own but the click's test knows it; "ZTKL" has nothing.
+        IsMasterComm = false;
+        CommCardName = "VX-ZTKL1";
+        d.window->fraCmd->show();
+        d.window->cmdSpecialSetting_Click();
+        QVERIFY(d.window->fraCmd->isHidden());
+        QVERIFY(!LoadedView("frmEther"));
+    }
+
+    void commSettingDialog() {
+        Desk d;
+        registerFakeDialogs();
+        QVERIFY(d.connect(1));
+        bool connectOff = false;
+        auto armed = vxtest::whenVisible(visibleFake, [&](QWidget *w) {
+            connectOff = !d.window->mnuConnect->menuAction()->isEnabled();
+            static_cast<QDialog *>(w)->accept();
+        });
+        QVERIFY(press(d.window->cmdComm));
+        *armed = false;
+        QVERIFY(connectOff);
+        QVERIFY(LoadedView("frmComm"));
+        QVERIFY(d.window->mnuConnect->menuAction()->isEnabled());
+    }
+
+    void versionDialog() {
+        Desk d;
+        QString title, version;
+        auto armed = vxtest::whenVisible([] { return VersionDialog(); },
+                                         [&](QWidget *) {
+                                             title = VersionDialog()->windowTitle();
+                                             version = VersionDialog()->lblVersion->text();
+                                             VersionDialog()->cmdOK->click();
+                                         });
+        QVERIFY(choose(d.window->mnuHelpVersion));
+        *armed = false;
+        QCOMPARE(title, QString("Version VXCFG "));
+        QCOMPARE(version, QString("2.56.06"));
+        QVERIFY(!VersionDialog()->isVisible());
+    }
+
+    void exitAndCloseEndAtOnce() {
+        {
+            Desk d;
+            QVERIFY(d.connect(1));
+            QVERIFY(choose(d.window->mnuFilesEnd));
+            QCOMPARE(d.ended, 1);
+            QVERIFY(!d.sim.line->isOpen());
+            QVERIFY(d.messages.messages.isEmpty());
+        }
+        {
+            Desk d;
+            QVERIFY(d.connect(1));
+            d.sim.rack.clearTranscript();
+            d.window->close();
+            QCOMPARE(d.ended, 1);
+            QVERIFY(!d.sim.line->isOpen());
+            QVERIFY(d.sim.rack.commands().isEmpty());
+        }
+        {
+            Desk d; // nothing open: ending still works, and asks nothing
+            QVERIFY(choose(d.window->mnuFilesEnd));
+            QCOMPARE(d.ended, 1);
+            QVERIFY(d.messages.messages.isEmpty());
+        }
+    }
+};
+
+VX_TEST(MainWindowTest)
+#include "tst_mainwindow.moc"

@@ -1,0 +1,297 @@
+#include "support/testsupport.h"
+
+#include "app/frmvxcfg.h"
+#include "app/widgets.h"
+#include "rack/overview.h"
+#include "rack/registry.h"
+#include "views/common/viewregistry.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QTest>
+#include <memory>
+
+namespace {
+
+// Stands in for every card view: remembers how it was opened and does what the framework's
+// opening routine does with the tag.
+class FakeView : public QWidget, public OpenableView {
+public:
+    FakeView(QString form, QString tag) : m_tag(std::move(tag)) { setObjectName(form); }
+    void OpenView(const QString &name) override {
+        opened << name;
+        SelFormName = m_tag;
+        ShowView(this);
+    }
+    QStringList opened;
+
+private:
+    QString m_tag;
+};
+
+FakeView *fake(const QString &form) { return dynamic_cast<FakeView *>(LoadedView(form)); }
+
+// Registers a fake for every form of the dispatch table but `except`.
+void registerFakes(const QString &except = QString()) {
+    for (const ModelRow &row : ModelRows()) {
+        if (row.form == except) continue;
+        const QString form = row.form, tag = row.tag;
+        RegisterView(form, [form, tag] { return new FakeView(form, tag); });
+    }
+}
+
+// The forms that have been opened, with the names they were opened with.
+QStringList openings() {
+    QStringList seen;
+    for (const ModelRow &row : ModelRows())
+        if (FakeView *v = fake(row.form); v && !v->opened.isEmpty())
+            seen << row.form + "=" + v->opened.join(",");
+    seen.removeDuplicates(); // frmQZ16 and others stand in more than one row
+    return seen;
+}
+
+const QColor kBlue(0, 0, 192);
+const QColor kRed(192, 0, 0);
+
+} // namespace
+
+// Model names to views, classes and display names.
+class RegistryTest : public QObject {
+    Q_OBJECT
+
+    std::unique_ptr<FrmVxCfg> m_window;
+
+private slots:
+    void init() {
+        ResetModuleData();
+        ClearViewRegistry();
+        m_window = std::make_unique<FrmVxCfg>();
+        m_window->show();
+    }
+    void cleanup() {
+        m_window.reset();
+        ClearViewRegistry();
+    }
+
+    void dispatch_data() {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("form");
+        QTest::addColumn<QString>("tag");
+        const QList<QStringList> rows = {
+            {"HLINK1", "frmHLINKdata", "HLINK"}, {"H2A", "frmHx", "Hx"},
+            {"HLIN", "frmHx", "Hx"},             {"QA4", "frmQA4", "QA4"},
+            {"QE4B", "frmQA4", "QA4"},           {"QC8", "frmQA8", "QA8"},
+            {"QF4", "frmQF4", "QF4"},            {"QK4", "frmQF4", "QF4"},
+            {"QJ8", "frmQF8", "QF8"},            {"QF1", "frmQF16", "QF16"},
+            {"QG16", "frmQF16", "QF16"},         {"QN4", "frmQL4", "QL4"},
+            {"QL8", "frmQL8", "QL8"},            {"QR4", "frmQP4", "QP4"},
+            {"QP8A", "frmQP8", "QP8"},           {"QS4", "frmQS4", "QS4"},
+            {"QS8", "frmQS8", "QS8"},            {"QT8", "frmQT8", "QT8"},
+            {"QU8", "frmQT8", "QT8"},            {"QT16", "frmQT16", "QT16"},
+            {"QU1Z", "frmQT16", "QT16"},         {"QU32", "frmQT32", "QT32"},
+            {"QT64", "frmQT64", "QT64"},         {"QTC16", "frmQTC16", "QTC16"},
+            {"QW32", "frmQV32", "QV32"},         {"QX2", "frmQX2", "QX2"},
+            {"QY2", "frmQY2", "QY2"},            {"QZ16", "frmQZ16", "QZ16"},
+            {"XA1", "frmQZ16", "QZ16"},          {"QZ2", "frmQZ2", "QZ2"},
+            {"QZ4A", "frmQZ4A", "QZ4A"},         {"QZ4B", "frmQZ4A", "QZ4A"},
+            {"QZ4", "frmQZ4", "QZ4"},            {"QZ4C", "frmQZ4", "QZ4"},
+            {"QZ8", "frmQZ8", "QZ8"},            {"XB16", "frmXB16", "XB16"},
+            {"XC8", "frmXC8", "XC8"},            {"XD4A", "frmXD40", "XD40"},
+            {"XD4B", "frmXD40", "XD40"},         {"XD1A", "frmXD10", "XD10"},
+            {"XD1B", "frmXD10", "XD10"},         {"XDU12341", "frmXDU", "XDU"},
+            {"XE4", "frmXE4", "XE4"},            {"XF2", "frmXF2", "XF2"},
+            {"QJS8", "frmQJS8", "QJS"},          {"QFR8", "frmQFR8", "QFR"},
+            {"XG4", "frmXG4", "XG4"},            {"XHK2", "frmXHK2", "XHK2"},
+            {"NONE", "frmNONE", "NONE"},
+        };
+        for (const QStringList &r : rows) QTest::newRow(qPrintable(r[0])) << r[0] << r[1] << r[2];
+    }
+    void dispatch() {
+        QFETCH(QString, name);
+        QFETCH(QString, form);
+        QFETCH(QString, tag);
+        registerFakes();
+        CardNo = 5;
+        OpenCardView(name);
+        QCOMPARE(openings(), QStringList({form + "=" + name}));
+        QCOMPARE(SelFormName, tag);
+        QVERIFY(fake(form)->isVisible());
+        QCOMPARE(fake(form)->parentWidget(), m_window->workArea());
+        QCOMPARE(fake(form)->geometry(), QRect(0, 0, kViewWidth, kViewHeight));
+        QVERIFY(!Overview()->isVisible());
+        // The tag leads back to the same view, so that the next view can hide it.
+        QCOMPARE(FormNameOfTag(tag), form);
+    }
+
+    void namesNoRowKnows_data() {
+        QTest::addColumn<QString>("name");
+        for (const char *name : {"", "UNKNOWN", "qf4", "QF", "Q", "XD2", "XH1", "QZ", "NO", "ZZ9"})
+            QTest::newRow(*name ? name : "empty") << QString(name);
+    }
+    void namesNoRowKnows() {
+        QFETCH(QString, name);
+        registerFakes();
+        SelFormName = "Over";
+        ShowView(Overview());
+        OpenCardView(name);
+        QVERIFY(openings().isEmpty());
+        QVERIFY(Overview()->isVisible());
+        QCOMPARE(SelFormName, QString("Over"));
+    }
+
+    void viewNotThereOpensNothing() {
+        registerFakes("frmQF4");
+        OpenCardView("QF4");
+        QVERIFY(openings().isEmpty());
+        QVERIFY(!LoadedView("frmQF4"));
+        // Made once, on first use, and kept.
+        OpenCardView("QF8");
+        OpenCardView("QJ8");
+        QCOMPARE(openings(), QStringList({"frmQF8=QF8,QJ8"}));
+    }
+
+    void oneViewOnShow() {
+        registerFakes();
+        SelFormName = "Over";
+        ShowView(Overview());
+        QCOMPARE(PrevFormName, QString("Over"));
+        for (const char *name : {"QF4", "XG4", "QZ4B", "QZ4", "XHK2", "H1", "HLINK1", "QF4"}) {
+            OpenCardView(name);
+            const ModelRow *row = FindModelRow(name);
+            QCOMPARE(PrevFormName, row->tag);
+            int shown = 0;
+            for (QWidget *child : m_window->workArea()->findChildren<QWidget *>(
+                     Qt::FindDirectChildrenOnly))
+                shown += child->isVisible() ? 1 : 0;
+            QCOMPARE(shown, 1);
+            QVERIFY(fake(row->form)->isVisible());
+        }
+        SelFormName = "Over";
+        ShowView(Overview());
+        QVERIFY(Overview()->isVisible());
+        QVERIFY(!fake("frmQF4")->isVisible());
+        QCOMPARE(FormNameOfTag("Over"), QString("frmOverview"));
+    }
+
+    void cardClass_data() {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("status");
+        QTest::addColumn<QColor>("statusColour");
+        QTest::addColumn<QString>("type");
+        QTest::newRow("QP4") << "QP4" << "IN" << kBlue << "QP4";
+        QTest::newRow("QF16") << "QF16" << "IN" << kBlue << "QF16";
+        QTest::newRow("QT16") << "QT16" << "IN" << kBlue << "QT16";
+        QTest::newRow("XE4") << "XE4" << "IN" << kBlue << "XE4";
+        QTest::newRow("QC8") << "QC8" << "IN" << kBlue << "QC8";
+        QTest::newRow("QK4") << "QK4" << "OUT" << kRed << "QK4";
+        QTest::newRow("QJS8") << "QJS8" << "OUT" << kRed << "QJS8";
+        QTest::newRow("QU16") << "QU16" << "OUT" << kRed << "QU16";
+        QTest::newRow("XA1") << "XA1" << "OUT" << kRed << "XA1";
+        QTest::newRow("QTC16") << "QTC16" << "IN/OUT" << QColor(Qt::black) << "QTC16";
+        QTest::newRow("XB16") << "XB16" << "IN/OUT" << QColor(Qt::black) << "XB16";
+        QTest::newRow("XB1") << "XB1" << "before" << QColor(Qt::darkGreen) << "XB1";
+        QTest::newRow("XC8") << "XC8" << "IN/OUT" << QColor(Qt::black) << "XC8";
+        QTest::newRow("XHK2") << "XHK2" << "IN/OUT" << QColor(Qt::black) << "XHK2";
+        QTest::newRow("QY2") << "QY2" << "IN/OUT" << QColor(Qt::black) << "QY2";
+        QTest::newRow("H") << "H35" << "IN/OUT" << QColor(Qt::black) << "H(5)";
+        QTest::newRow("XDU") << "XDU12343" << "IN" << kBlue << "XDU1234/D(3)";
+        QTest::newRow("unknown") << "ZZ9" << "before" << QColor(Qt::darkGreen) << "ZZ9";
+        QTest::newRow("NONE") << "NONE" << "before" << QColor(Qt::darkGreen) << "NONE";
+    }
+    void cardClass() {
+        QFETCH(QString, name);
+        QFETCH(QString, status);
+        QFETCH(QColor, statusColour);
+        QFETCH(QString, type);
+        QLabel *statusCell = Overview()->lblCardStatus(9);
+        QLabel *typeCell = Overview()->lblCardType(9);
+        // A name of no class leaves the cell as it was.
+        statusCell->setText("before");
+        SetForeColor(statusCell, Qt::darkGreen);
+        ShowCardClass(9, name);
+        QCOMPARE(statusCell->text(), status);
+        QCOMPARE(ForeColor(statusCell), statusColour);
+        QCOMPARE(typeCell->text(), type);
+        QCOMPARE(ForeColor(typeCell), kBlue);
+        QCOMPARE(Overview()->lblCardStatus(8)->text(), QString());
+    }
+
+    void emptySlotWordsDoNotShow() {
+        const QColor background = QApplication::palette().color(QPalette::Window);
+        for (const char *word : {"NONE", "UNKNOWN"}) {
+            ShowCardClass(2, word);
+            QCOMPARE(Overview()->lblCardType(2)->text(), QString(word));
+            QCOMPARE(ForeColor(Overview()->lblCardType(2)), background);
+            // A card in the slot again: its name shows.
+            ShowCardClass(2, "QF4");
+            QCOMPARE(ForeColor(Overview()->lblCardType(2)), kBlue);
+        }
+        ClearOverviewSlot(2);
+        QCOMPARE(Overview()->lblCardType(2)->text(), QString());
+        QCOMPARE(Overview()->lblCardStatus(2)->text(), QString());
+    }
+
+    void cardShowName_data() {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("shown");
+        QTest::newRow("digit") << "HX-9" << "HX(9)";
+        QTest::newRow("1") << "H1231" << "H12(1)";
+        QTest::newRow("A") << "H123A" << "H12(10)";
+        QTest::newRow("B") << "H123B" << "H12(11)";
+        QTest::newRow("G") << "H123G" << "H12(16)";
+        QTest::newRow("0") << "H1230" << "H1230";
+        QTest::newRow("H") << "H123H" << "H123H";
+        QTest::newRow("Z") << "H123Z" << "H123Z";
+        QTest::newRow("lower") << "H123a" << "H123a";
+        QTest::newRow("one character") << "H" << "H";
+        QTest::newRow("two characters") << "H5" << "(5)";
+        QTest::newRow("empty") << "" << "";
+    }
+    void cardShowName() {
+        QFETCH(QString, name);
+        QFETCH(QString, shown);
+        QCOMPARE(CardShowName(name), shown);
+    }
+
+    void multiPower_data() {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<int>("page");
+        QTest::addColumn<QString>("shown");
+        QTest::newRow("7 characters") << "XDU1231" << 0 << "XDU1231";
+        QTest::newRow("page 1") << "XDU12341" << 1 << "XDU1234/D(1)";
+        QTest::newRow("page 3") << "XDU1234Z3" << 0 << "XDU1234Z3";
+        QTest::newRow("page 3 of 8") << "XDU-1A23" << 3 << "XDU-1A2/D(3)";
+        QTest::newRow("4") << "XDU12344" << 0 << "XDU12344";
+        QTest::newRow("0") << "XDU12340" << 0 << "XDU12340";
+        QTest::newRow("letter") << "XDU1234A" << 0 << "XDU1234A";
+        QTest::newRow("empty") << "" << 0 << "";
+    }
+    void multiPower() {
+        QFETCH(QString, name);
+        QFETCH(int, page);
+        QFETCH(QString, shown);
+        QCOMPARE(MultiPowerPage(name), page);
+        QCOMPARE(MultiPowerShowName(name), shown);
+    }
+
+    void displayNameByFamily() {
+        QCOMPARE(DisplayName("XDU12342"), QString("XDU1234/D(2)"));
+        QCOMPARE(DisplayName("H1C"), QString("H(12)"));
+        // Other families keep their last character, digit or not.
+        QCOMPARE(DisplayName("QF4A"), QString("QF4A"));
+        QCOMPARE(DisplayName("XD12342"), QString("XD12342"));
+    }
+
+    void windowlessOpening() {
+        // Without a main window a view still opens, on its own.
+        m_window.reset();
+        registerFakes();
+        OpenCardView("QS8");
+        QCOMPARE(openings(), QStringList({"frmQS8=QS8"}));
+        QVERIFY(fake("frmQS8")->isVisible());
+        delete fake("frmQS8");
+    }
+};
+
+VX_TEST(RegistryTest)
+#include "tst_registry.moc"
