@@ -196,7 +196,6 @@ private slots:
         QTest::newRow("H") << "H35" << "IN/OUT" << QColor(Qt::black) << "H(5)";
         QTest::newRow("XDU") << "XDU12343" << "IN" << kBlue << "XDU1234/D(3)";
         QTest::newRow("unknown") << "ZZ9" << "before" << QColor(Qt::darkGreen) << "ZZ9";
-        QTest::newRow("NONE") << "NONE" << "before" << QColor(Qt::darkGreen) << "NONE";
     }
     void cardClass() {
         QFETCH(QString, name);
