@@ -37,7 +37,10 @@ void SimRack::refreshDirectory() {
         if (n > 0) card.setItem(kGroupZero, "39", "DSW:" + (card.dip.isEmpty() ? "00,00,00" : card.dip));
     }
     for (int n = 1; n <= 16; ++n) {
-        const QString model = slot(n).present() ? slot(n).model : QStringLiteral("UNKNOWN");
+        const SimCard &card = slot(n);
+        const QString model = !card.present()           ? QStringLiteral("UNKNOWN")
+                              : card.listName.isEmpty() ? card.model
+                                                        : card.listName;
         comm().setItem(kGroupZero, twoDigits(9 + n), QStringLiteral("D%1:%2").arg(n).arg(model));
     }
 }

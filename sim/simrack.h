@@ -13,6 +13,9 @@
 // ("D" + value, tags and colons included), so each item answers in the form the program expects.
 struct SimCard {
     QString model; // empty: no card in this slot
+    // The name in the comm card's slot list when it is not the model: a multi-power card lists
+    // only its family prefix and gives its full name in its own item 04. Empty: the model.
+    QString listName;
     QString version;
     QString dip;
     // group -> item -> reply text
