@@ -145,6 +145,19 @@ private slots:
         QCOMPARE(wire.mid(wire.size() - 4), QStringList({"> G01", "< COK", "> I01", "< D0"}));
     }
 
+    // A user closes the port and opens it again, as Disconnect and Connect do.
+    void portOpensAgainAfterClose() {
+        SimProcess sim(11);
+        QVERIFY(sim.start());
+        SerialLine *line = openLine(sim);
+        const QString version = demoAnswer({"G00", "I40"}).mid(1);
+        for (int round = 0; round < 3; ++round) {
+            QVERIFY(line->open(sim.com));
+            QCOMPARE(ReadData(3, "00", "40"), version);
+            line->close();
+        }
+    }
+
     void faultsFromTheCommandLine() {
         SimProcess sim(2);
         QVERIFY(sim.start(
