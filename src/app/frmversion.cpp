@@ -15,12 +15,15 @@ FrmVersion::FrmVersion(QWidget *parent) : QDialog(parent) {
     setModal(true);
 
     auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(20, 16, 20, 12);
     auto *line = new QHBoxLayout;
+    line->addStretch(1);
     line->addWidget(MakeLabel(this, QString(), QStringLiteral("VXCFG")));
     lblVersion = MakeLabel(this, "lblVersion", QStringLiteral("2.56.06"));
     line->addWidget(lblVersion);
     line->addStretch(1);
     layout->addLayout(line);
+    layout->addStretch(1);
 
     auto *buttons = new QHBoxLayout;
     buttons->addStretch(1);
@@ -29,7 +32,7 @@ FrmVersion::FrmVersion(QWidget *parent) : QDialog(parent) {
     buttons->addWidget(cmdOK);
     layout->addLayout(buttons);
     connect(cmdOK, &QPushButton::clicked, this, &QDialog::accept);
-    setMinimumWidth(260);
+    setFixedSize(280, 110);
 }
 
 FrmVersion *VersionDialog() {

@@ -143,19 +143,17 @@ private slots:
         QCOMPARE(d.commands(), QString("xxxx-xx-xx-x"));
     }
 
-    void selectorWithModelsNobodyKnows() {
+    void selectorWithAModelNobodyKnows() {
         Desk d;
         QVERIFY(d.connect(1));
-        finishScan(d, {{4, "ZZ9"}, {6, "QZ4B"}});
-        QCOMPARE(d.window->cboCardNo->itemText(6), QString("06:QZ4B"));
+        finishScan(d, {{3, "NONE"}, {4, "ZZ9"}});
+        QVERIFY(vxtest::pickCard(*d.window, 3));
         // No row knows the name: the screen stays as it is.
         QVERIFY(vxtest::pickCard(*d.window, 4));
-        QVERIFY(overviewShown());
         QCOMPARE(CardNo, 4);
-        // A view that is not part of the program yet opens nothing either.
-        QVERIFY(vxtest::pickCard(*d.window, 6));
-        QVERIFY(overviewShown());
-        QCOMPARE(SelFormName, QString("Over"));
+        QVERIFY(LoadedView("frmNONE")->isVisible());
+        QCOMPARE(SelFormName, QString("NONE"));
+        QCOMPARE(d.commands(), QString("-----xx----x"));
     }
 
     void selectorFillsWithDisplayNames() {

@@ -29,7 +29,9 @@ private:
     QString m_tag;
 };
 
-FakeView *fake(const QString &form) { return dynamic_cast<FakeView *>(LoadedView(form)); }
+FakeView *fake(const QString &form) {
+    return dynamic_cast<FakeView *>(LoadedView(form));
+}
 
 // Registers a fake for every form of the dispatch table but `except`.
 void registerFakes(const QString &except = QString()) {
@@ -78,33 +80,58 @@ private slots:
         QTest::addColumn<QString>("form");
         QTest::addColumn<QString>("tag");
         const QList<QStringList> rows = {
-            {"HLINK1", "frmHLINKdata", "HLINK"}, {"H2A", "frmHx", "Hx"},
-            {"HLIN", "frmHx", "Hx"},             {"QA4", "frmQA4", "QA4"},
-            {"QE4B", "frmQA4", "QA4"},           {"QC8", "frmQA8", "QA8"},
-            {"QF4", "frmQF4", "QF4"},            {"QK4", "frmQF4", "QF4"},
-            {"QJ8", "frmQF8", "QF8"},            {"QF1", "frmQF16", "QF16"},
-            {"QG16", "frmQF16", "QF16"},         {"QN4", "frmQL4", "QL4"},
-            {"QL8", "frmQL8", "QL8"},            {"QR4", "frmQP4", "QP4"},
-            {"QP8A", "frmQP8", "QP8"},           {"QS4", "frmQS4", "QS4"},
-            {"QS8", "frmQS8", "QS8"},            {"QT8", "frmQT8", "QT8"},
-            {"QU8", "frmQT8", "QT8"},            {"QT16", "frmQT16", "QT16"},
-            {"QU1Z", "frmQT16", "QT16"},         {"QU32", "frmQT32", "QT32"},
-            {"QT64", "frmQT64", "QT64"},         {"QTC16", "frmQTC16", "QTC16"},
-            {"QW32", "frmQV32", "QV32"},         {"QX2", "frmQX2", "QX2"},
-            {"QY2", "frmQY2", "QY2"},            {"QZ16", "frmQZ16", "QZ16"},
-            {"XA1", "frmQZ16", "QZ16"},          {"QZ2", "frmQZ2", "QZ2"},
-            {"QZ4A", "frmQZ4A", "QZ4A"},         {"QZ4B", "frmQZ4A", "QZ4A"},
-            {"QZ4", "frmQZ4", "QZ4"},            {"QZ4C", "frmQZ4", "QZ4"},
-            {"QZ8", "frmQZ8", "QZ8"},            {"XB16", "frmXB16", "XB16"},
-            {"XC8", "frmXC8", "XC8"},            {"XD4A", "frmXD40", "XD40"},
-            {"XD4B", "frmXD40", "XD40"},         {"XD1A", "frmXD10", "XD10"},
-            {"XD1B", "frmXD10", "XD10"},         {"XDU12341", "frmXDU", "XDU"},
-            {"XE4", "frmXE4", "XE4"},            {"XF2", "frmXF2", "XF2"},
-            {"QJS8", "frmQJS8", "QJS"},          {"QFR8", "frmQFR8", "QFR"},
-            {"XG4", "frmXG4", "XG4"},            {"XHK2", "frmXHK2", "XHK2"},
+            {"HLINK1", "frmHLINKdata", "HLINK"},
+            {"H2A", "frmHx", "Hx"},
+            {"HLIN", "frmHx", "Hx"},
+            {"QA4", "frmQA4", "QA4"},
+            {"QE4B", "frmQA4", "QA4"},
+            {"QC8", "frmQA8", "QA8"},
+            {"QF4", "frmQF4", "QF4"},
+            {"QK4", "frmQF4", "QF4"},
+            {"QJ8", "frmQF8", "QF8"},
+            {"QF1", "frmQF16", "QF16"},
+            {"QG16", "frmQF16", "QF16"},
+            {"QN4", "frmQL4", "QL4"},
+            {"QL8", "frmQL8", "QL8"},
+            {"QR4", "frmQP4", "QP4"},
+            {"QP8A", "frmQP8", "QP8"},
+            {"QS4", "frmQS4", "QS4"},
+            {"QS8", "frmQS8", "QS8"},
+            {"QT8", "frmQT8", "QT8"},
+            {"QU8", "frmQT8", "QT8"},
+            {"QT16", "frmQT16", "QT16"},
+            {"QU1Z", "frmQT16", "QT16"},
+            {"QU32", "frmQT32", "QT32"},
+            {"QT64", "frmQT64", "QT64"},
+            {"QTC16", "frmQTC16", "QTC16"},
+            {"QW32", "frmQV32", "QV32"},
+            {"QX2", "frmQX2", "QX2"},
+            {"QY2", "frmQY2", "QY2"},
+            {"QZ16", "frmQZ16", "QZ16"},
+            {"XA1", "frmQZ16", "QZ16"},
+            {"QZ2", "frmQZ2", "QZ2"},
+            {"QZ4A", "frmQZ4A", "QZ4A"},
+            {"QZ4B", "frmQZ4A", "QZ4A"},
+            {"QZ4", "frmQZ4", "QZ4"},
+            {"QZ4C", "frmQZ4", "QZ4"},
+            {"QZ8", "frmQZ8", "QZ8"},
+            {"XB16", "frmXB16", "XB16"},
+            {"XC8", "frmXC8", "XC8"},
+            {"XD4A", "frmXD40", "XD40"},
+            {"XD4B", "frmXD40", "XD40"},
+            {"XD1A", "frmXD10", "XD10"},
+            {"XD1B", "frmXD10", "XD10"},
+            {"XDU12341", "frmXDU", "XDU"},
+            {"XE4", "frmXE4", "XE4"},
+            {"XF2", "frmXF2", "XF2"},
+            {"QJS8", "frmQJS8", "QJS"},
+            {"QFR8", "frmQFR8", "QFR"},
+            {"XG4", "frmXG4", "XG4"},
+            {"XHK2", "frmXHK2", "XHK2"},
             {"NONE", "frmNONE", "NONE"},
         };
-        for (const QStringList &r : rows) QTest::newRow(qPrintable(r[0])) << r[0] << r[1] << r[2];
+        for (const QStringList &r : rows)
+            QTest::newRow(qPrintable(r[0])) << r[0] << r[1] << r[2];
     }
     void dispatch() {
         QFETCH(QString, name);
@@ -160,8 +187,8 @@ private slots:
             const ModelRow *row = FindModelRow(name);
             QCOMPARE(PrevFormName, row->tag);
             int shown = 0;
-            for (QWidget *child : m_window->workArea()->findChildren<QWidget *>(
-                     Qt::FindDirectChildrenOnly))
+            for (QWidget *child :
+                 m_window->workArea()->findChildren<QWidget *>(Qt::FindDirectChildrenOnly))
                 shown += child->isVisible() ? 1 : 0;
             QCOMPARE(shown, 1);
             QVERIFY(fake(row->form)->isVisible());
@@ -178,24 +205,42 @@ private slots:
         QTest::addColumn<QString>("status");
         QTest::addColumn<QColor>("statusColour");
         QTest::addColumn<QString>("type");
-        QTest::newRow("QP4") << "QP4" << "IN" << kBlue << "QP4";
-        QTest::newRow("QF16") << "QF16" << "IN" << kBlue << "QF16";
-        QTest::newRow("QT16") << "QT16" << "IN" << kBlue << "QT16";
-        QTest::newRow("XE4") << "XE4" << "IN" << kBlue << "XE4";
-        QTest::newRow("QC8") << "QC8" << "IN" << kBlue << "QC8";
-        QTest::newRow("QK4") << "QK4" << "OUT" << kRed << "QK4";
-        QTest::newRow("QJS8") << "QJS8" << "OUT" << kRed << "QJS8";
-        QTest::newRow("QU16") << "QU16" << "OUT" << kRed << "QU16";
-        QTest::newRow("XA1") << "XA1" << "OUT" << kRed << "XA1";
-        QTest::newRow("QTC16") << "QTC16" << "IN/OUT" << QColor(Qt::black) << "QTC16";
-        QTest::newRow("XB16") << "XB16" << "IN/OUT" << QColor(Qt::black) << "XB16";
-        QTest::newRow("XB1") << "XB1" << "before" << QColor(Qt::darkGreen) << "XB1";
-        QTest::newRow("XC8") << "XC8" << "IN/OUT" << QColor(Qt::black) << "XC8";
-        QTest::newRow("XHK2") << "XHK2" << "IN/OUT" << QColor(Qt::black) << "XHK2";
-        QTest::newRow("QY2") << "QY2" << "IN/OUT" << QColor(Qt::black) << "QY2";
-        QTest::newRow("H") << "H35" << "IN/OUT" << QColor(Qt::black) << "H(5)";
-        QTest::newRow("XDU") << "XDU12343" << "IN" << kBlue << "XDU1234/D(3)";
-        QTest::newRow("unknown") << "ZZ9" << "before" << QColor(Qt::darkGreen) << "ZZ9";
+        QTest::newRow("QP4") << "QP4"
+                             << "IN" << kBlue << "QP4";
+        QTest::newRow("QF16") << "QF16"
+                              << "IN" << kBlue << "QF16";
+        QTest::newRow("QT16") << "QT16"
+                              << "IN" << kBlue << "QT16";
+        QTest::newRow("XE4") << "XE4"
+                             << "IN" << kBlue << "XE4";
+        QTest::newRow("QC8") << "QC8"
+                             << "IN" << kBlue << "QC8";
+        QTest::newRow("QK4") << "QK4"
+                             << "OUT" << kRed << "QK4";
+        QTest::newRow("QJS8") << "QJS8"
+                              << "OUT" << kRed << "QJS8";
+        QTest::newRow("QU16") << "QU16"
+                              << "OUT" << kRed << "QU16";
+        QTest::newRow("XA1") << "XA1"
+                             << "OUT" << kRed << "XA1";
+        QTest::newRow("QTC16") << "QTC16"
+                               << "IN/OUT" << QColor(Qt::black) << "QTC16";
+        QTest::newRow("XB16") << "XB16"
+                              << "IN/OUT" << QColor(Qt::black) << "XB16";
+        QTest::newRow("XB1") << "XB1"
+                             << "before" << QColor(Qt::darkGreen) << "XB1";
+        QTest::newRow("XC8") << "XC8"
+                             << "IN/OUT" << QColor(Qt::black) << "XC8";
+        QTest::newRow("XHK2") << "XHK2"
+                              << "IN/OUT" << QColor(Qt::black) << "XHK2";
+        QTest::newRow("QY2") << "QY2"
+                             << "IN/OUT" << QColor(Qt::black) << "QY2";
+        QTest::newRow("H") << "H35"
+                           << "IN/OUT" << QColor(Qt::black) << "H(5)";
+        QTest::newRow("XDU") << "XDU12343"
+                             << "IN" << kBlue << "XDU1234/D(3)";
+        QTest::newRow("unknown") << "ZZ9"
+                                 << "before" << QColor(Qt::darkGreen) << "ZZ9";
     }
     void cardClass() {
         QFETCH(QString, name);
@@ -233,18 +278,30 @@ private slots:
     void cardShowName_data() {
         QTest::addColumn<QString>("name");
         QTest::addColumn<QString>("shown");
-        QTest::newRow("digit") << "HX-9" << "HX(9)";
-        QTest::newRow("1") << "H1231" << "H12(1)";
-        QTest::newRow("A") << "H123A" << "H12(10)";
-        QTest::newRow("B") << "H123B" << "H12(11)";
-        QTest::newRow("G") << "H123G" << "H12(16)";
-        QTest::newRow("0") << "H1230" << "H1230";
-        QTest::newRow("H") << "H123H" << "H123H";
-        QTest::newRow("Z") << "H123Z" << "H123Z";
-        QTest::newRow("lower") << "H123a" << "H123a";
-        QTest::newRow("one character") << "H" << "H";
-        QTest::newRow("two characters") << "H5" << "(5)";
-        QTest::newRow("empty") << "" << "";
+        QTest::newRow("digit") << "HX-9"
+                               << "HX(9)";
+        QTest::newRow("1") << "H1231"
+                           << "H12(1)";
+        QTest::newRow("A") << "H123A"
+                           << "H12(10)";
+        QTest::newRow("B") << "H123B"
+                           << "H12(11)";
+        QTest::newRow("G") << "H123G"
+                           << "H12(16)";
+        QTest::newRow("0") << "H1230"
+                           << "H1230";
+        QTest::newRow("H") << "H123H"
+                           << "H123H";
+        QTest::newRow("Z") << "H123Z"
+                           << "H123Z";
+        QTest::newRow("lower") << "H123a"
+                               << "H123a";
+        QTest::newRow("one character") << "H"
+                                       << "H";
+        QTest::newRow("two characters") << "H5"
+                                        << "(5)";
+        QTest::newRow("empty") << ""
+                               << "";
     }
     void cardShowName() {
         QFETCH(QString, name);
@@ -258,7 +315,7 @@ private slots:
         QTest::addColumn<QString>("shown");
         QTest::newRow("7 characters") << "XDU1231" << 0 << "XDU1231";
         QTest::newRow("page 1") << "XDU12341" << 1 << "XDU1234/D(1)";
-        QTest::newRow("page 3") << "XDU1234Z3" << 0 << "XDU1234Z3";
+        QTest::newRow("9 characters") << "XDU1234Z3" << 0 << "XDU1234Z3";
         QTest::newRow("page 3 of 8") << "XDU-1A23" << 3 << "XDU-1A2/D(3)";
         QTest::newRow("4") << "XDU12344" << 0 << "XDU12344";
         QTest::newRow("0") << "XDU12340" << 0 << "XDU12340";
