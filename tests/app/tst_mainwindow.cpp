@@ -122,6 +122,8 @@ private slots:
         QVERIFY(!d.sim.line->isOpen());
         QVERIFY(d.connect(1));
         QCOMPARE(d.commands(), QString("xxxx-------x")); // selector stays off until a scan
+        // The connect command emptied the overview's rows.
+        QCOMPARE(Overview()->lblCardType(3)->text(), QString());
     }
 
     void selectorBeforeAnyScan() {
@@ -146,7 +148,11 @@ private slots:
     void selectorWithAModelNobodyKnows() {
         Desk d;
         QVERIFY(d.connect(1));
-        finishScan(d, {{3, "NONE"}, {4, "ZZ9"}});
+        finishScan(d, {{1, "XDU12342"}, {2, "H1C"}, {3, "NONE"}, {4, "ZZ9"}});
+        QCOMPARE(d.window->cboCardNo->itemText(1), QString("01:XDU1234/D(2)"));
+        QCOMPARE(d.window->cboCardNo->itemText(2), QString("02:H(12)"));
+        QCOMPARE(d.window->cboCardNo->itemText(4), QString("04:ZZ9"));
+        QCOMPARE(d.window->cboCardNo->itemText(5), QString("05:"));
         QVERIFY(vxtest::pickCard(*d.window, 3));
         // No row knows the name: the screen stays as it is.
         QVERIFY(vxtest::pickCard(*d.window, 4));
@@ -154,18 +160,6 @@ private slots:
         QVERIFY(LoadedView("frmNONE")->isVisible());
         QCOMPARE(SelFormName, QString("NONE"));
         QCOMPARE(d.commands(), QString("-----xx----x"));
-    }
-
-    void selectorFillsWithDisplayNames() {
-        Desk d;
-        QVERIFY(d.connect(1));
-        finishScan(d, {{1, "XDU12342"}, {2, "H1C"}, {3, "QF4"}, {16, "NONE"}});
-        QCOMPARE(d.window->cboCardNo->itemText(1), QString("01:XDU1234/D(2)"));
-        QCOMPARE(d.window->cboCardNo->itemText(2), QString("02:H(12)"));
-        QCOMPARE(d.window->cboCardNo->itemText(3), QString("03:QF4"));
-        QCOMPARE(d.window->cboCardNo->itemText(4), QString("04:"));
-        QCOMPARE(d.window->cboCardNo->itemText(16), QString("16:NONE"));
-        QCOMPARE(d.window->cboCardNo->itemText(0), QString("00:OverView"));
     }
 
     void selectorFocusAndLock() {
@@ -218,35 +212,21 @@ private slots:
         QVERIFY(d.messages.messages.isEmpty());
     }
 
-    void connectCommandClearsTheOverview() {
-        Desk d;
-        Overview()->lblCardStatus(5)->setText("IN");
-        Overview()->lblCardType(5)->setText("QF4");
-        QVERIFY(d.connect(1));
-        QCOMPARE(Overview()->lblCardStatus(5)->text(), QString());
-        QCOMPARE(Overview()->lblCardType(5)->text(), QString());
-    }
-
     void specialSettingOpensItsDialog_data() {
         QTest::addColumn<QString>("name");
         QTest::addColumn<QString>("dialog");
         QTest::addColumn<bool>("ownStart");
-        QTest::newRow("ZT") << "VX-ZT1"
-                            << "frmEther" << false;
-        QTest::newRow("VX-HR") << "VX-HR1"
-                               << "frmEther" << false;
-        QTest::newRow("ZB2") << "VX-ZB2"
-                             << "frmZB" << false;
-        QTest::newRow("ZRV1F") << "VX-ZRV1F"
-                               << "frmZRV1F" << true;
-        QTest::newRow("ZRV") << "VX-ZRV1"
-                             << "frmZRV" << true;
-        QTest::newRow("ZQ1") << "VX-ZQ1"
-                             << "frmZQ" << true;
-        QTest::newRow("ZKFD1") << "VX-ZKFD1"
-                               << "frmZKFD" << true;
-        QTest::newRow("HLINK") << "VX-HLINK3"
-                               << "frmHLINK" << true;
+        const struct {
+            const char *name, *dialog;
+            bool ownStart;
+        } rows[] = {
+            {"VX-ZT1", "frmEther", false}, {"VX-HR1", "frmEther", false},
+            {"VX-ZB2", "frmZB", false},    {"VX-ZRV1F", "frmZRV1F", true},
+            {"VX-ZRV1", "frmZRV", true},   {"VX-ZQ1", "frmZQ", true},
+            {"VX-ZKFD1", "frmZKFD", true}, {"VX-HLINK3", "frmHLINK", true},
+        };
+        for (const auto &r : rows)
+            QTest::newRow(r.name) << QString(r.name) << QString(r.dialog) << r.ownStart;
     }
     void specialSettingOpensItsDialog() {
         QFETCH(QString, name);
@@ -289,7 +269,7 @@ private slots:
         QVERIFY(!LoadedView("frmEther"));
         QVERIFY(d.window->mnuConnect->menuAction()->isEnabled());
 
-        // "ZKFD2" has no caption of its own but the click's test knows it; "ZTKL" has nothing.
+        // A "ZTKL" card has nothing to open, though its tail begins with "ZT".
         IsMasterComm = false;
         CommCardName = "VX-ZTKL1";
         d.window->fraCmd->show();
@@ -298,7 +278,7 @@ private slots:
         QVERIFY(!LoadedView("frmEther"));
     }
 
-    void commSettingDialog() {
+    void commSettingAndVersionDialogs() {
         Desk d;
         registerFakeDialogs();
         QVERIFY(d.connect(1));
@@ -312,17 +292,14 @@ private slots:
         QVERIFY(connectOff);
         QVERIFY(LoadedView("frmComm"));
         QVERIFY(d.window->mnuConnect->menuAction()->isEnabled());
-    }
 
-    void versionDialog() {
-        Desk d;
         QString title, version;
-        auto armed = vxtest::whenVisible([] { return VersionDialog(); },
-                                         [&](QWidget *) {
-                                             title = VersionDialog()->windowTitle();
-                                             version = VersionDialog()->lblVersion->text();
-                                             VersionDialog()->cmdOK->click();
-                                         });
+        armed = vxtest::whenVisible([] { return VersionDialog(); },
+                                    [&](QWidget *) {
+                                        title = VersionDialog()->windowTitle();
+                                        version = VersionDialog()->lblVersion->text();
+                                        VersionDialog()->cmdOK->click();
+                                    });
         QVERIFY(choose(d.window->mnuHelpVersion));
         *armed = false;
         QCOMPARE(title, QString("Version VXCFG "));

