@@ -211,8 +211,6 @@ private slots:
         QTest::addColumn<QList<int>>("on");
         QTest::newRow("01,00,80") << "00,00,00"
                                   << "01,00,80" << QList<int>{0, 23};
-        QTest::newRow("all off") << "FF,FF,FF"
-                                 << "00,00,00" << QList<int>{};
         QTest::newRow("high digit only") << "00,00,00"
                                          << "F" << QList<int>{4, 5, 6, 7};
         QTest::newRow("lower case leaves its cells") << "FF,FF,FF"
