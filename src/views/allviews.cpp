@@ -1,6 +1,7 @@
 #include "views/allviews.h"
 
 #include "rack/overview.h"
+#include "views/analog/voltage.h"
 #include "views/common/frmnone.h"
 #include "views/common/viewregistry.h"
 
@@ -9,4 +10,7 @@
 void RegisterAllViews() {
     RegisterView("frmOverview", [] { return new FrmOverview; });
     RegisterView("frmNONE", [] { return new FrmNONE; });
+    RegisterView("frmQF4", [] { return MakeFrmQF4(); });
+    RegisterView("frmQF8", [] { return MakeFrmQF8(); });
+    RegisterView("frmQF16", [] { return new FrmQF16; });
 }

@@ -1,0 +1,357 @@
+#include "views/common/cardview.h"
+
+#include "app/frmloading.h"
+#include "app/people.h"
+#include "link/clock.h"
+#include "link/exchange.h"
+#include "link/session.h"
+#include "rack/limits.h"
+#include "rack/registry.h"
+#include "rack/textroutines.h"
+#include "views/common/viewbuilders.h"
+
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTimer>
+#include <QVBoxLayout>
+
+namespace StandardParams {
+
+ParamSpec zeroScale() {
+    return {"txtZScale", "Scale", "Zero", "01", [](int ch) { return 2 * ch + 40; },
+            Cell::Param, [](int ch) { return (ch - 1) * 4 + 1; }, FieldKind::Int,
+            ZeroScaleLimit, "Zero Scale:Incorrect settings"};
+}
+
+ParamSpec fullScale() {
+    return {"txtFScale", "Scale", "Full", "01", [](int ch) { return 2 * ch + 41; },
+            Cell::Param, [](int ch) { return (ch - 1) * 4 + 2; }, FieldKind::Int,
+            FullScaleLimit, "Full Scale:Incorrect settings"};
+}
+
+ParamSpec zeroAdjust() {
+    return {"txtBias", "Adjust", "Zero", "01", [](int ch) { return 2 * ch + 8; },
+            Cell::Param, [](int ch) { return (ch - 1) * 4 + 3; }, FieldKind::Real,
+            ZeroAdjustLimit, "Zero Adjust:Incorrect settings"};
+}
+
+ParamSpec fullAdjust() {
+    return {"txtGain", "Adjust", "Full", "01", [](int ch) { return 2 * ch + 9; },
+            Cell::Param, [](int ch) { return (ch - 1) * 4 + 4; }, FieldKind::Real,
+            FullAdjustLimit, "Full Adjust:Incorrect settings"};
+}
+
+ParamSpec unusedFlag() {
+    return {"txtEnable", "", "Unused", "02", [](int ch) { return ch + 41; },
+            Cell::ChParam, [](int ch) { return ch; }, FieldKind::Flag, std::nullopt,
+            QString()};
+}
+
+} // namespace StandardParams
+
+CardView::CardView(ViewSpec spec, QWidget *parent)
+    : QWidget(parent), m_spec(std::move(spec)) {
+    setObjectName(m_spec.formName);
+    setFixedSize(kViewWidth, kViewHeight);
+    auto *layout = new QVBoxLayout(this);
+
+    fraSetModel = new QGroupBox(this);
+    fraSetModel->setObjectName("fraSetModel");
+    auto *header = new QHBoxLayout(fraSetModel);
+    txtCardType = ViewBuilders::valueField(fraSetModel, "txtCardType", 10);
+    txtCardNo = ViewBuilders::valueField(fraSetModel, "txtCardNo", 3);
+    txtVerNo = ViewBuilders::valueField(fraSetModel, "txtVerNo", 10);
+    for (QLineEdit *box : {txtCardType, txtCardNo, txtVerNo}) box->setAlignment(Qt::AlignLeft);
+    header->addWidget(ViewBuilders::caption(fraSetModel, "Type"));
+    header->addWidget(txtCardType);
+    header->addSpacing(12);
+    header->addWidget(ViewBuilders::caption(fraSetModel, "Slot"));
+    header->addWidget(txtCardNo);
+    header->addSpacing(12);
+    header->addWidget(ViewBuilders::caption(fraSetModel, "Version"));
+    header->addWidget(txtVerNo);
+    header->addStretch();
+    cmdUp = new QPushButton("Upload", fraSetModel);
+    cmdUp->setObjectName("cmdUp");
+    cmdDown = new QPushButton("Download", fraSetModel);
+    cmdDown->setObjectName("cmdDown");
+    header->addWidget(cmdUp);
+    header->addWidget(cmdDown);
+    layout->addWidget(fraSetModel);
+
+    WaitForTimer = new QTimer(this);
+    WaitForTimer->setObjectName("WaitForTimer");
+    WaitForTimer->setSingleShot(true);
+    connect(WaitForTimer, &QTimer::timeout, this, &CardView::WaitForTimer_Timer);
+    connect(cmdUp, &QPushButton::clicked, this, &CardView::cmdUp_Click);
+    connect(cmdDown, &QPushButton::clicked, this, &CardView::cmdDown_Click);
+}
+
+void CardView::buildBody(QVBoxLayout *layout) {
+    QList<ViewBuilders::GridColumn> columns;
+    for (const ParamSpec &param : m_spec.params)
+        columns.append({param.control, param.caption, param.groupCaption,
+                        param.kind == FieldKind::Flag ? 2 : 7, false, false});
+    ViewBuilders::GridColumn values{m_spec.valueControl, "Value", "", 9, true, !m_spec.valueArray};
+    columns.append(values);
+    auto *box = new QWidget(this);
+    QGridLayout *grid = ViewBuilders::channelGrid(box, columns, m_spec.channels);
+    grid->setColumnStretch(columns.size() + 1, 1);
+    box->setLayout(grid);
+    layout->addWidget(box);
+    layout->addStretch();
+
+    for (const ParamSpec &param : m_spec.params) {
+        for (int ch = 1; ch <= m_spec.channels; ++ch) {
+            QLineEdit *box = field(param.control, ch);
+            InstallSelectAllOnFocus(box);
+            if (!m_spec.keyFilters) continue;
+            switch (param.kind) {
+            case FieldKind::Int: InstallKeyFilter(box, KeyInt); break;
+            case FieldKind::Real: InstallKeyFilter(box, KeyReal); break;
+            case FieldKind::Flag: InstallKeyFilter(box, KeyFlag); break;
+            }
+        }
+    }
+}
+
+QLineEdit *CardView::field(const QString &control, int ch) const {
+    return findChild<QLineEdit *>(ViewBuilders::arrayName(control, ch));
+}
+
+QLineEdit *CardView::valueBox(int ch) const {
+    const ViewBuilders::GridColumn column{m_spec.valueControl, {}, {}, 0, true,
+                                          !m_spec.valueArray};
+    return findChild<QLineEdit *>(ViewBuilders::columnName(column, ch));
+}
+
+// Entering a view: the order matters, the first tick runs inside SetScaleMinMax.
+void CardView::build() {
+    if (m_built) return;
+    m_built = true;
+    buildBody(static_cast<QVBoxLayout *>(layout()));
+}
+
+void CardView::OpenView(const QString &model) {
+    build();
+    fraSetModel->setTitle(model);
+    txtCardType->setText(model);
+    txtCardNo->setText(QString::number(CardNo));
+    SelFormName = m_spec.tag;
+    ShowView(this);
+    SetScaleMinMax(model);
+    AddressCard();
+    txtVerNo->setText(ValueAfterColon(ReadData(m_spec.retries, "00", "40")));
+}
+
+void CardView::SetScaleMinMax(const QString &) {
+    DownloadPending = false;
+    UploadPending = false;
+    CycleActive = true;
+    ViewRefresh();
+    WaitForTimer_Timer();
+}
+
+void CardView::cmdUp_Click() {
+    WaitForTimer->setInterval(Clock::ms(10));
+    UploadPending = true;
+}
+
+void CardView::cmdDown_Click() {
+    WaitForTimer->setInterval(Clock::ms(10));
+    DownloadPending = true;
+}
+
+void CardView::WaitForTimer_Timer() {
+    WaitForTimer->stop();
+    ViewTick();
+    if (CycleActive) WaitForTimer->start(Clock::ms(m_spec.tickMs));
+}
+
+void CardView::ViewTick() {
+    if (!isVisible()) {
+        CycleActive = false;
+    } else if (CardSelFocus) {
+        return;
+    } else if (DownloadPending) {
+        DownloadPending = false;
+        ViewDownload();
+    } else if (UploadPending) {
+        UploadPending = false;
+        ViewUpload();
+    } else {
+        procCycDataRead();
+    }
+}
+
+QString &CardView::cellOf(const ParamSpec &param, int ch) const {
+    return param.cellKind == Cell::ChParam ? record().ChParam(param.cell(ch))
+                                           : record().Param(param.cell(ch));
+}
+
+QStringList CardView::passes() const {
+    QStringList groups;
+    for (const ParamSpec &param : m_spec.params)
+        if (!groups.contains(param.group)) groups.append(param.group);
+    return groups;
+}
+
+void CardView::setPassProgress(int pass, int ch) const {
+    if (pass < m_spec.progress.size()) SetProgress(m_spec.progress.at(pass)(ch));
+}
+
+void CardView::AddressCard() {
+    WriteData(m_spec.retries, "00", "01", "F");
+    WriteData(m_spec.retries, "00", "41", QString::number(CardNo));
+}
+
+void CardView::OpenGroup(const QString &group) { WriteData(m_spec.retries, group, "01", "1"); }
+
+QString CardView::ReadValue(const QString &group, int item) {
+    return ValueAfterColon(ReadData(m_spec.retries, group, QString::number(item)));
+}
+
+QString CardView::WriteValue(const QString &group, int item, const QString &data) {
+    return WriteData(m_spec.retries, group, QString::number(item), data);
+}
+
+void CardView::CopyHeaderToRecord() {
+    record().CardName = txtCardType->text();
+    record().VerNo = txtVerNo->text();
+}
+
+void CardView::ShowParam(const ParamSpec &param, int ch, const QString &text) {
+    QLineEdit *box = field(param.control, ch);
+    if (param.kind == FieldKind::Flag)
+        ShowFlag(box, text);
+    else
+        box->setText(text);
+}
+
+void CardView::ViewUpload() {
+    CopyHeaderToRecord();
+    OpenProgress(12, "Uploading");
+    AddressCard();
+    const QStringList groups = passes();
+    for (int pass = 0; pass < groups.size(); ++pass) {
+        const QString &group = groups.at(pass);
+        OpenGroup(group);
+        for (int ch = 1; ch <= m_spec.channels; ++ch) {
+            for (const ParamSpec &param : m_spec.params) {
+                if (param.group != group) continue;
+                ShowParam(param, ch, ReadValue(group, param.item(ch)));
+                cellOf(param, ch) = field(param.control, ch)->text();
+            }
+            setPassProgress(pass, ch);
+        }
+    }
+    CloseProgress();
+}
+
+bool CardView::ValidateDownload() {
+    if (!m_spec.rangeCheck) return true;
+    for (int ch = 1; ch <= m_spec.channels; ++ch) {
+        for (const ParamSpec &param : m_spec.params) {
+            if (!param.limit) continue;
+            const QString text = field(param.control, ch)->text();
+            if (text.isEmpty()) continue;
+            // A text that is no number (a lone "-", a "CNG" from an Upload) is not a range
+            // failure: the acceptance test keeps it off the wire.
+            bool ok = false;
+            const double value = text.toDouble(&ok);
+            if (!ok) continue;
+            if (!InRange(value, *param.limit)) {
+                People::message(param.rangeMessage, QString(), People::Icon::Information);
+                return false;
+            }
+        }
+    }
+    return true;
+}
+
+bool CardView::Acceptable(const ParamSpec &param, const QString &text) const {
+    switch (m_spec.acceptance) {
+    case Acceptance::Always: return true;
+    case Acceptance::NotEmpty: return !text.isEmpty();
+    case Acceptance::Syntax: break;
+    }
+    switch (param.kind) {
+    case FieldKind::Int: return IsIntText(text);
+    case FieldKind::Real: return IsRealText(text);
+    case FieldKind::Flag: return text == QLatin1String("1") || text == QLatin1String("0");
+    }
+    return false;
+}
+
+void CardView::ViewDownload() {
+    if (!ValidateDownload()) return;
+    CopyHeaderToRecord();
+    AddressCard();
+    const QStringList groups = passes();
+    for (int pass = 0; pass < groups.size(); ++pass) {
+        const QString &group = groups.at(pass);
+        OpenGroup(group);
+        if (pass == 0) OpenProgress(12, "Downloading");
+        for (int ch = 1; ch <= m_spec.channels; ++ch) {
+            for (const ParamSpec &param : m_spec.params) {
+                if (param.group != group) continue;
+                QLineEdit *box = field(param.control, ch);
+                if (!Acceptable(param, box->text())) {
+                    ShowParam(param, ch, cellOf(param, ch));
+                    continue;
+                }
+                const QString reply = WriteValue(group, param.item(ch), box->text());
+                // A flag shows what the card echoed; other fields keep what was typed.
+                if (param.kind == FieldKind::Flag) ShowFlag(box, ValueAfterColon(reply));
+                cellOf(param, ch) = box->text();
+            }
+            setPassProgress(pass, ch);
+        }
+    }
+    CloseProgress();
+}
+
+QString CardView::ValueText(const QString &reply) const {
+    const QString value = ValueAfterColon(reply);
+    return m_spec.keepDecimalPoint ? value : DeleteDot(value);
+}
+
+bool CardView::ReadLiveValues(QStringList &values) {
+    values.clear();
+    for (int ch = 1; ch <= m_spec.channels; ++ch) {
+        const QString reply =
+            ReadData(m_spec.retries, "00", QString::number(m_spec.firstValueItem + ch - 1));
+        if (reply.isEmpty()) {
+            LinkLostDuringCycle();
+            return false;
+        }
+        values.append(reply);
+    }
+    return true;
+}
+
+void CardView::LinkLostDuringCycle() {
+    if (!IsConnected) return;
+    People::message("Uploading incomplete", "Uploading", People::Icon::Stop);
+    DisconnectRack();
+}
+
+void CardView::procCycDataRead() {
+    AddressCard();
+    QStringList values;
+    if (!ReadLiveValues(values)) return;
+    for (int ch = 1; ch <= m_spec.channels; ++ch) {
+        valueBox(ch)->clear();
+        valueBox(ch)->repaint();
+    }
+    Clock::pause(m_spec.pauseMs);
+    for (int ch = 1; ch <= m_spec.channels; ++ch) valueBox(ch)->setText(ValueText(values.at(ch - 1)));
+}
+
+void CardView::ViewRefresh() {
+    for (const ParamSpec &param : m_spec.params)
+        for (int ch = 1; ch <= m_spec.channels; ++ch) ShowParam(param, ch, cellOf(param, ch));
+}

@@ -1,0 +1,149 @@
+#pragma once
+
+#include "rack/cardtable.h"
+#include "rack/limits.h"
+#include "views/common/viewregistry.h"
+
+#include <QList>
+#include <QString>
+#include <QWidget>
+#include <functional>
+#include <optional>
+
+class QGroupBox;
+class QLineEdit;
+class QPushButton;
+class QTimer;
+class QVBoxLayout;
+
+// How a field's text is judged and typed.
+enum class FieldKind { Int, Real, Flag };
+
+// What a Download asks of a field before it writes it.
+enum class Acceptance {
+    Syntax,   // IsIntText for whole numbers, IsRealText for reals, exactly "1" or "0" for flags
+    NotEmpty, // any text but the empty one
+    Always,   // every field is written
+};
+
+// Where a parameter lives in the card record.
+enum class Cell { Param, ChParam };
+
+// One parameter of a channel: its field, its place on the wire and in the record.
+struct ParamSpec {
+    QString control;      // text box array, e.g. "txtZScale"
+    QString groupCaption; // caption over a run of columns, e.g. "Scale"
+    QString caption;      // column caption, e.g. "Zero"
+    QString group;        // wire group, e.g. "01"
+    std::function<int(int ch)> item;
+    Cell cellKind = Cell::Param;
+    std::function<int(int ch)> cell; // index into Param or ChParam
+    FieldKind kind = FieldKind::Int;
+    // Inclusive range tested before a Download, with the message for a failure.
+    std::optional<Limit> limit;
+    QString rangeMessage;
+};
+
+// A card family's view, declared as data: the common class walks it.
+struct ViewSpec {
+    QString formName;
+    QString tag;
+    int channels = 4;
+    // Parameters in the order a channel is read and written; all of one group form one pass.
+    QList<ParamSpec> params;
+    Acceptance acceptance = Acceptance::Syntax;
+    bool rangeCheck = false;
+    bool keyFilters = true;
+    // Live values: group 00, items firstValueItem upward, one a channel.
+    int firstValueItem = 10;
+    QString valueControl = QStringLiteral("txtParData");
+    bool valueArray = false; // txtParData(ch) rather than txtParData01
+    int pauseMs = 10;
+    bool keepDecimalPoint = false;
+    // Progress after channel ch of pass 1, 2, ... (maximum 12).
+    QList<std::function<int(int ch)>> progress;
+    int tickMs = 500;
+    int retries = 3;
+};
+
+// The standard channel layout: four Param cells and one flag a channel.
+namespace StandardParams {
+ParamSpec zeroScale();
+ParamSpec fullScale();
+ParamSpec zeroAdjust();
+ParamSpec fullAdjust();
+ParamSpec unusedFlag();
+} // namespace StandardParams
+
+// The common card view: entering, the WaitForTimer tick with its pending flags, the standard
+// Upload and Download, the cyclic read and the field behaviour. Families give a ViewSpec and
+// override only what they do differently.
+class CardView : public QWidget, public OpenableView {
+    Q_OBJECT
+public:
+    explicit CardView(ViewSpec spec, QWidget *parent = nullptr);
+
+    // The show routine: fills the header, shows the view, starts the cycle, reads the version.
+    void OpenView(const QString &model) override;
+    // Builds the family's fields; done once, before the view is first shown.
+    void build();
+    void SetScaleMinMax(const QString &model);
+
+    const ViewSpec &spec() const { return m_spec; }
+    // The field of `control` for channel `ch`, by its objectName.
+    QLineEdit *field(const QString &control, int ch) const;
+    QLineEdit *valueBox(int ch) const;
+
+    bool DownloadPending = false;
+    bool UploadPending = false;
+    bool CycleActive = false;
+
+    QGroupBox *fraSetModel;
+    QLineEdit *txtCardType;
+    QLineEdit *txtCardNo;
+    QLineEdit *txtVerNo;
+    QPushButton *cmdUp;
+    QPushButton *cmdDown;
+    QTimer *WaitForTimer;
+
+public slots:
+    void cmdUp_Click();
+    void cmdDown_Click();
+    void WaitForTimer_Timer();
+
+protected:
+    virtual void ViewTick();
+    virtual void ViewUpload();
+    virtual void ViewDownload();
+    virtual void procCycDataRead();
+    virtual void ViewRefresh();
+    // The range check before a Download; shows its message and returns false on failure.
+    virtual bool ValidateDownload();
+    virtual bool Acceptable(const ParamSpec &param, const QString &text) const;
+
+    // Builds the body under the header; the default is one channel grid of all parameters
+    // and the value boxes.
+    virtual void buildBody(QVBoxLayout *layout);
+
+    CardRecord &record() const { return CardTable(CardNo); }
+    QString &cellOf(const ParamSpec &param, int ch) const;
+    // Groups of the parameters, in order of first appearance: the passes of Upload and Download.
+    QStringList passes() const;
+    void setPassProgress(int pass, int ch) const;
+
+    void AddressCard();
+    void OpenGroup(const QString &group);
+    QString ReadValue(const QString &group, int item);
+    QString WriteValue(const QString &group, int item, const QString &data);
+    // Reads the live values; returns false when a reply was empty (already handled).
+    bool ReadLiveValues(QStringList &values);
+    void LinkLostDuringCycle();
+    void CopyHeaderToRecord();
+    void ShowParam(const ParamSpec &param, int ch, const QString &text);
+    QString ValueText(const QString &reply) const;
+
+    ViewSpec m_spec;
+
+private:
+    bool m_built = false;
+};
