@@ -70,6 +70,7 @@ void FrmQF16::buildBody(QVBoxLayout *layout) {
     changeButton->setObjectName("changeButton");
     grid->addWidget(changeButton, 0, 1, 1, 2);
     grid->setColumnStretch(columns.size() + 1, 1);
+    box->setLayout(grid);
     layout->addWidget(box);
     layout->addStretch();
     connect(changeButton, &QPushButton::clicked, this, &FrmQF16::changeButton_Click);
