@@ -204,6 +204,9 @@ QString acceptedText(const QLineEdit *box, KeyFilter filter, const QString &text
     if (replaceSelection) scratch.del();
     QString accepted;
     for (QChar ch : text) {
+        // A backspace or any other control character in pasted text is no key the keyboard
+        // types: it would pass as "backspace" and land in the field as a character.
+        if (ch.unicode() < 0x20 || ch.unicode() == 0x7f) continue;
         int key = ch.unicode();
         filter(&scratch, key);
         if (key == 0) continue;

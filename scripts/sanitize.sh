@@ -1,0 +1,37 @@
+#!/usr/bin/env bash
+# Builds the whole test suite with AddressSanitizer and UBSan in its own folder and runs it.
+# Any memory fault or undefined behaviour stops the test that hit it, so ctest reports it.
+# Prints how long the build and the run took.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+# What the build needs, installed when missing (Debian 12).
+missing=()
+for p in qt6-base-dev qt6-serialport-dev cmake g++ ninja-build; do
+    dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
+done
+if [ ${#missing[@]} -gt 0 ]; then
+    sudo=""
+    [ "$(id -u)" -eq 0 ] || sudo="sudo"
+    $sudo apt-get update -qq
+    DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq "${missing[@]}" >/dev/null
+fi
+
+build=${VXCFG_ASAN_DIR:-build-asan}
+jobs=${VXCFG_JOBS:-2}
+start=$(date +%s)
+if [ ! -f "$build/build.ninja" ]; then
+    cmake -G Ninja -B "$build" -S . -DCMAKE_BUILD_TYPE=Debug -DVXCFG_SANITIZE=ON
+fi
+cmake --build "$build" -j "$jobs"
+built=$(date +%s)
+
+export QT_QPA_PLATFORM=offscreen
+# Qt keeps some allocations for the whole run on purpose; leaks are not what this run looks for.
+export ASAN_OPTIONS=${ASAN_OPTIONS:-detect_leaks=0:abort_on_error=1:strict_string_checks=1}
+export UBSAN_OPTIONS=${UBSAN_OPTIONS:-print_stacktrace=1:halt_on_error=1}
+status=0
+ctest --test-dir "$build" --output-on-failure -j "$jobs" || status=$?
+done_at=$(date +%s)
+echo "sanitize: build $((built - start)) s, tests $((done_at - built)) s, total $((done_at - start)) s"
+exit $status
