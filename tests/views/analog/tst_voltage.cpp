@@ -2,6 +2,7 @@
 
 #include "app/frmvxcfg.h"
 #include "cardprofiles.h"
+#include "rack/projectfile.h"
 #include "rack/registry.h"
 #include "rack/textroutines.h"
 #include "views/allviews.h"
@@ -13,6 +14,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTimer>
+#include <QTemporaryDir>
 #include <QTest>
 
 using vxtest::MessageRecorder;
@@ -238,6 +240,39 @@ private slots:
         QCOMPARE(rack.messages.messages.size(), 1);
         QCOMPARE(rack.messages.messages[0].text, QString("Full Scale:Incorrect settings"));
         QVERIFY(!rack.sent().contains("G01"));
+    }
+
+    // Values read from a card, kept in a project file and opened again reach the card unchanged.
+    void projectFileRoundTrip() {
+        VoltageRack rack("QF8", 4, 8);
+        SimCard &card = rack.session.rack.slot(4);
+        for (int ch = 1; ch <= 8; ++ch) {
+            card.setItem("01", QString::number(2 * ch + 40), QString("D%1").arg(-100 * ch));
+            card.setItem("01", QString::number(2 * ch + 41), QString("D%1").arg(1000 * ch));
+            card.setItem("01", QString::number(2 * ch + 8), QString("D%1.5").arg(ch));
+            card.setItem("01", QString::number(2 * ch + 9), QString("D0.%1").arg(ch));
+            card.setItem("02", QString::number(ch + 41), QString("D%1").arg(ch % 2));
+        }
+        const auto original = card.groups;
+        rack.runWorker(rack.view->cmdUp);
+
+        QTemporaryDir dir;
+        const QString path = dir.filePath("rack.uJx");
+        People::setFileHandler([&](const People::FileRequest &) { return path; });
+        SaveProjectFile();
+        InstallVoltageProfile(card, 8); // the card forgets everything
+        for (int k = 1; k <= 64; ++k) CardTable(4).Param(k).clear();
+        OpenProjectFile();
+        People::setFileHandler({});
+        QVERIFY(rack.messages.messages.isEmpty());
+
+        rack.window.cboCardNo->setCurrentIndex(0);
+        rack.window.cboCardNo_Click();
+        rack.window.cboCardNo->setCurrentIndex(4);
+        rack.window.cboCardNo_Click();
+        rack.runWorker(rack.view->cmdDown);
+        QCOMPARE(card.groups["01"], original["01"]);
+        QCOMPARE(card.groups["02"], original["02"]);
     }
 
     void sixteenChannelCycleKeepsTimeoutValues() {
