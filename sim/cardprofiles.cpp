@@ -1,6 +1,7 @@
 #include "cardprofiles.h"
 
 #include <QtMath>
+#include <memory>
 
 namespace {
 
@@ -37,6 +38,39 @@ void InstallVoltageProfile(SimCard &card, int channels) {
     };
 }
 
+void InstallMultiPowerProfile(SimCard &card) {
+    card.setItem("01", "01", "D1");
+    for (int item = 10; item <= 17; ++item)
+        card.setItem("01", QString::number(item), "D0.0");
+    card.live = [](const QString &group, const QString &item, qint64 ms) -> std::optional<QString> {
+        const int ch = item.toInt() - 9;
+        if (group != QLatin1String("01") || ch < 1 || ch > 8) return std::nullopt;
+        return QStringLiteral("D%1:%2").arg(ch).arg(drifting(ch, ms, 200.0, 20.0));
+    };
+}
+
+void InstallCalorieProfile(SimCard &card) {
+    card.setItem("01", "01", "D1");
+    // Now and then a channel is still measuring and says so; the next read has the value.
+    auto reads = std::make_shared<int>(0);
+    card.live = [reads](const QString &group, const QString &item,
+                        qint64 ms) -> std::optional<QString> {
+        const int ch = item.toInt() - 9;
+        if (group != QLatin1String("00") || ch < 1 || ch > 4) return std::nullopt;
+        if (++*reads % 7 == 0) return QStringLiteral("D%1:TMOUT").arg(ch);
+        return QStringLiteral("D%1:%2").arg(ch).arg(drifting(ch, ms, 1200.0, 300.0));
+    };
+}
+
+void InstallPulseProfile(SimCard &card) {
+    card.setItem("01", "01", "D1");
+    card.live = [](const QString &group, const QString &item, qint64 ms) -> std::optional<QString> {
+        const int ch = item.toInt() - 9;
+        if (group != QLatin1String("00") || ch < 1 || ch > 4) return std::nullopt;
+        return QStringLiteral("D%1:%2").arg(ch).arg((ms / 100 + ch * 1000) % 100000);
+    };
+}
+
 bool InstallProfile(SimCard &card) {
     const QString &m = card.model;
     if (startsWithAny(m, {"QF4", "QG4", "QH4", "QJ4", "QK4"})) {
@@ -45,6 +79,12 @@ bool InstallProfile(SimCard &card) {
         InstallVoltageProfile(card, 8);
     } else if (startsWithAny(m, {"QF1", "QG1"})) {
         InstallVoltageProfile(card, 16);
+    } else if (startsWithAny(m, {"XDU"})) {
+        InstallMultiPowerProfile(card);
+    } else if (startsWithAny(m, {"XE"})) {
+        InstallCalorieProfile(card);
+    } else if (startsWithAny(m, {"QZ8"})) {
+        InstallPulseProfile(card);
     } else {
         return false;
     }
