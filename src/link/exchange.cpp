@@ -4,6 +4,7 @@
 
 #include <QEventLoop>
 #include <QPointer>
+#include <optional>
 
 QString TrimBlanks(const QString &text) {
     qsizetype first = 0;
@@ -26,6 +27,14 @@ bool bytesWaiting() {
 bool isWriteFailure(const QString &reply) {
     return reply.isEmpty() || reply == QLatin1String("CNU") || reply == QLatin1String("CNG") ||
            reply == QLatin1String("DTMOUT");
+}
+
+// What a read makes of its item reply; nothing when the reply is data.
+std::optional<QString> itemWord(const QString &reply) {
+    if (reply.isEmpty() || reply == QLatin1String("DTMOUT")) return QString();
+    if (reply == QLatin1String("CNG")) return reply;
+    if (reply == QLatin1String("CNU")) return QStringLiteral("NEEDLESS");
+    return std::nullopt;
 }
 
 template <typename Attempt> QString retry(int retries, Attempt attempt) {
@@ -97,10 +106,7 @@ QString ReadDataOnce(const QString &group, const QString &item) {
     if (SendLine("G" + group + kCR) != QLatin1String("COK")) return QString();
     if (item.isEmpty()) return QString();
     const QString reply = SendLine("I" + item + kCR);
-    if (reply.isEmpty() || reply == QLatin1String("DTMOUT")) return QString();
-    if (reply == QLatin1String("CNG")) return reply;
-    if (reply == QLatin1String("CNU")) return QStringLiteral("NEEDLESS");
-    return reply.mid(1);
+    return itemWord(reply).value_or(reply.mid(1));
 }
 
 QString WriteDataOnce(const QString &group, const QString &item, const QString &data) {
@@ -116,9 +122,7 @@ QString WriteDataChkOnce(const QString &group, const QString &item, const QStrin
     if (SendLine("G" + group + kCR) != QLatin1String("COK")) return QString();
     if (item.isEmpty()) return QString();
     const QString itemReply = SendLine("I" + item + kCR);
-    if (itemReply.isEmpty() || itemReply == QLatin1String("DTMOUT")) return QString();
-    if (itemReply == QLatin1String("CNG")) return itemReply;
-    if (itemReply == QLatin1String("CNU")) return QStringLiteral("NEEDLESS");
+    if (const auto word = itemWord(itemReply)) return *word;
     if (itemReply == QLatin1String("D    invalid data")) return QStringLiteral("CNG");
     const QString reply = SendLine("D" + data + kCR);
     if (isWriteFailure(reply)) return QString();
