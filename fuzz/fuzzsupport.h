@@ -18,7 +18,9 @@ inline void startApplication() {
     static int argc = 1;
     static char name[] = "vxfuzz";
     static char *argv[] = {name, nullptr};
-    static QApplication app(argc, argv);
+    // Never destroyed: at exit the toolkit's own globals may already be gone.
+    static QApplication *app = new QApplication(argc, argv);
+    Q_UNUSED(app);
     People::setMessageHandler([](const People::Message &) { return People::Answer::Ok; });
 }
 
