@@ -7,9 +7,11 @@
 #include "link/link.h"
 #include "link/session.h"
 #include "rack/cardtable.h"
+#include "rack/monitor.h"
 #include "rack/overview.h"
 #include "rack/projectfile.h"
 #include "rack/registry.h"
+#include "rack/scan.h"
 #include "rack/swcheck.h"
 #include "views/common/viewregistry.h"
 
@@ -349,12 +351,35 @@ void FrmVxCfg::mnuHelpVersion_Click() {
 // --- Commands
 // --------------------------------------------------------------------------------------
 
-// The rack scan comes with the overview's live values; until then "Upload" does nothing.
-void FrmVxCfg::CmdUpload_Click() {}
+void FrmVxCfg::CmdUpload_Click() {
+    UploadRack();
+}
 
-// The monitor comes with the overview's live values; until then these do nothing.
-void FrmVxCfg::cmdStart_Click() {}
-void FrmVxCfg::cmdStop_Click() {}
+// The monitor runs inside this handler until "Stop" or a failed pass; everything that could
+// disturb its exchanges is off meanwhile.
+void FrmVxCfg::cmdStart_Click() {
+    SelectOverview();
+    IsMonitoring = true;
+    for (QWidget *command : QList<QWidget *>{CmdUpload, cmdComm, cmdSWcheck, cmdStart, cmdOverView,
+                                             cmdSpecialSetting, cboCardNo})
+        command->setEnabled(false);
+    mnuFilesOpen->setEnabled(false);
+    mnuFilesSave->setEnabled(false);
+    cmdStop->setEnabled(true);
+    MonitorLoop();
+}
+
+// The check of the DIP switches stays off until the next "Upload".
+void FrmVxCfg::cmdStop_Click() {
+    IsMonitoring = false;
+    for (QWidget *command :
+         QList<QWidget *>{CmdUpload, cmdStart, cmdOverView, cmdSpecialSetting, cboCardNo})
+        command->setEnabled(true);
+    mnuFilesOpen->setEnabled(true);
+    mnuFilesSave->setEnabled(true);
+    cmdComm->setEnabled(!IsMasterComm);
+    cmdStop->setEnabled(false);
+}
 
 void FrmVxCfg::cmdSWcheck_Click() {
     ShowSWcheck();
