@@ -71,6 +71,110 @@ void InstallPulseProfile(SimCard &card) {
     };
 }
 
+namespace {
+
+// A discrete channel's state at a moment: each channel toggles at its own pace, so a watching
+// user sees the fields and lamps change.
+int discreteBit(int ch, qint64 ms) {
+    return static_cast<int>((ms / (400 + 90 * (ch % 7)) + ch) % 2);
+}
+
+// The states of channels first..first+count-1 as hexadecimal digits, channel `first` in bit 0.
+QString discreteHex(int first, int count, qint64 ms, int digits) {
+    uint word = 0;
+    for (int n = 0; n < count; ++n)
+        if (discreteBit(first + n, ms)) word |= 1u << n;
+    return QStringLiteral("%1").arg(word, digits, 16, QLatin1Char('0')).toUpper();
+}
+
+// Outputs follow their own pattern, different from the inputs of the same channel.
+int outputBit(int ch, qint64 ms) {
+    return discreteBit(ch + 11, ms);
+}
+
+QString outputHex(int count, qint64 ms, int digits) {
+    uint word = 0;
+    for (int n = 0; n < count; ++n)
+        if (outputBit(n + 1, ms)) word |= 1u << n;
+    return QStringLiteral("%1").arg(word, digits, 16, QLatin1Char('0')).toUpper();
+}
+
+int liveChannel(const QString &item, int channels) {
+    const int ch = item.toInt() - 9;
+    return ch >= 1 && ch <= channels ? ch : 0;
+}
+
+} // namespace
+
+void InstallDiscreteProfile(SimCard &card, int channels) {
+    const QString group = channels > 16 ? QStringLiteral("01") : QStringLiteral("00");
+    card.setItem("01", "01", "D1");
+    card.live = [channels, group](const QString &g, const QString &item,
+                                  qint64 ms) -> std::optional<QString> {
+        if (g == group)
+            if (const int ch = liveChannel(item, channels))
+                return "D" + QString::number(discreteBit(ch, ms));
+        // The overview's words: channels 1-16 and 17-32.
+        if (channels <= 16 && g == QLatin1String("00") && item == QLatin1String("27"))
+            return "D" + discreteHex(1, channels, ms, 4);
+        if (channels > 16 && g == QLatin1String("01") && item == QLatin1String("06"))
+            return "D" + discreteHex(1, 16, ms, 4);
+        if (channels > 16 && g == QLatin1String("01") && item == QLatin1String("07"))
+            return "D" + discreteHex(17, 16, ms, 4);
+        return std::nullopt;
+    };
+}
+
+void InstallInOutProfile(SimCard &card) {
+    const QString &m = card.model;
+    const bool xb16 = m.startsWith(QLatin1String("XB1"));
+    const bool xc8 = m.startsWith(QLatin1String("XC8"));
+    const int channels = xb16 ? 16 : 8;
+    card.setItem("01", "01", "D1");
+    card.live = [xb16, xc8, channels](const QString &g, const QString &item,
+                                      qint64 ms) -> std::optional<QString> {
+        if (g != QLatin1String("00")) return std::nullopt;
+        if (const int ch = liveChannel(item, channels)) {
+            const QString in = QString::number(discreteBit(ch, ms));
+            const QString out = QString::number(outputBit(ch, ms));
+            if (xb16) return "D" + in + out;
+            if (xc8) return "D" + out + in;
+            return QStringLiteral("D%1,%2,%2").arg(in, out);
+        }
+        if (xb16 && item == QLatin1String("27")) return "D" + discreteHex(1, 16, ms, 4);
+        if (xb16 && item == QLatin1String("26"))
+            return "D" + discreteHex(1, 16, ms, 4) + outputHex(16, ms, 4);
+        if (xc8 && item == QLatin1String("26"))
+            return "D" + discreteHex(1, 8, ms, 2) + outputHex(8, ms, 2);
+        if (!xb16 && !xc8 && item == QLatin1String("18")) {
+            const QString out = outputHex(8, ms, 2);
+            return QStringLiteral("D%1,%2,%2").arg(discreteHex(1, 8, ms, 2), out);
+        }
+        return std::nullopt;
+    };
+}
+
+void InstallBcdProfile(SimCard &card) {
+    card.setItem("01", "01", "D1");
+    card.setItem("01", "15", "D1");
+    card.setItem("01", "16", "D0");
+    card.setItem("01", "17", "D1");
+    card.live = [](const QString &g, const QString &item, qint64 ms) -> std::optional<QString> {
+        if (g != QLatin1String("00")) return std::nullopt;
+        if (item == QLatin1String("10")) return QStringLiteral("D%1").arg((ms / 1000) % 10000);
+        if (item == QLatin1String("11")) return QStringLiteral("D%1").arg((ms / 100) % 10000);
+        return std::nullopt;
+    };
+}
+
+void InstallXF2Profile(SimCard &card) {
+    card.live = [](const QString &g, const QString &item, qint64 ms) -> std::optional<QString> {
+        const int ch = liveChannel(item, 8);
+        if (g != QLatin1String("00") || ch == 0) return std::nullopt;
+        return QStringLiteral("D%1:%2").arg(ch).arg(drifting(ch, ms, 20.0, 5.0));
+    };
+}
+
 bool InstallProfile(SimCard &card) {
     const QString &m = card.model;
     if (startsWithAny(m, {"QF4", "QG4", "QH4", "QJ4", "QK4"})) {
@@ -85,6 +189,20 @@ bool InstallProfile(SimCard &card) {
         InstallCalorieProfile(card);
     } else if (startsWithAny(m, {"QZ8"})) {
         InstallPulseProfile(card);
+    } else if (startsWithAny(m, {"QT8", "QU8"})) {
+        InstallDiscreteProfile(card, 8);
+    } else if (startsWithAny(m, {"QTC", "XB1", "XC8"})) {
+        InstallInOutProfile(card);
+    } else if (startsWithAny(m, {"QT1", "QU1"})) {
+        InstallDiscreteProfile(card, 16);
+    } else if (startsWithAny(m, {"QT3", "QU3"})) {
+        InstallDiscreteProfile(card, 32);
+    } else if (startsWithAny(m, {"QT6", "QU6"})) {
+        InstallDiscreteProfile(card, 64);
+    } else if (startsWithAny(m, {"QV3", "QW3"})) {
+        InstallBcdProfile(card);
+    } else if (startsWithAny(m, {"XF2"})) {
+        InstallXF2Profile(card);
     } else {
         return false;
     }

@@ -18,3 +18,14 @@ void InstallMultiPowerProfile(SimCard &card);
 void InstallCalorieProfile(SimCard &card);
 // The pulse card's four counters (group 00 items 10..13).
 void InstallPulseProfile(SimCard &card);
+
+// Discrete cards: 8, 16, 32 or 64 channel states (group 00 up to 16 channels, else group 01),
+// and the overview's words.
+void InstallDiscreteProfile(SimCard &card, int channels);
+// Cards with inputs and outputs together (XB16, XC8, QTC16): per-channel state texts and the
+// overview's bytes.
+void InstallInOutProfile(SimCard &card);
+// The BCD card: two counting words and three logic settings.
+void InstallBcdProfile(SimCard &card);
+// The card set up by the sibling tool: eight slowly moving values for the overview.
+void InstallXF2Profile(SimCard &card);

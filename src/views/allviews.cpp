@@ -4,6 +4,9 @@
 #include "views/analog/voltage.h"
 #include "views/common/frmnone.h"
 #include "views/common/viewregistry.h"
+#include "views/discrete/discrete.h"
+#include "views/discrete/frmqv32.h"
+#include "views/discrete/frmxf2.h"
 
 // One line per form, kept in one place: registrations spread over a static library would be
 // dropped by the linker wherever nothing else refers to their file.
@@ -13,4 +16,8 @@ void RegisterAllViews() {
     RegisterView("frmQF4", [] { return MakeFrmQF4(); });
     RegisterView("frmQF8", [] { return MakeFrmQF8(); });
     RegisterView("frmQF16", [] { return new FrmQF16; });
+    for (const DiscreteSpec &spec : DiscreteSpecs())
+        RegisterView(spec.formName, [form = spec.formName] { return MakeDiscreteView(form); });
+    RegisterView("frmQV32", [] { return new FrmQV32; });
+    RegisterView("frmXF2", [] { return new FrmXF2; });
 }

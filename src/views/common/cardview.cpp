@@ -59,7 +59,7 @@ CardView::CardView(ViewSpec spec, QWidget *parent)
     auto *layout = new QVBoxLayout(this);
 
     fraSetModel = new QGroupBox(this);
-    fraSetModel->setObjectName("fraSetModel");
+    fraSetModel->setObjectName(m_spec.headerFrame);
     auto *header = new QHBoxLayout(fraSetModel);
     txtCardType = ViewBuilders::valueField(fraSetModel, "txtCardType", 10);
     txtCardNo = ViewBuilders::valueField(fraSetModel, "txtCardNo", 3);
@@ -74,20 +74,24 @@ CardView::CardView(ViewSpec spec, QWidget *parent)
     header->addWidget(ViewBuilders::caption(fraSetModel, "Version"));
     header->addWidget(txtVerNo);
     header->addStretch();
-    cmdUp = new QPushButton("Upload", fraSetModel);
-    cmdUp->setObjectName("cmdUp");
-    cmdDown = new QPushButton("Download", fraSetModel);
-    cmdDown->setObjectName("cmdDown");
-    header->addWidget(cmdUp);
-    header->addWidget(cmdDown);
+    cmdUp = nullptr;
+    cmdDown = nullptr;
+    if (m_spec.hasUpDown) {
+        cmdUp = new QPushButton("Upload", fraSetModel);
+        cmdUp->setObjectName("cmdUp");
+        cmdDown = new QPushButton("Download", fraSetModel);
+        cmdDown->setObjectName("cmdDown");
+        header->addWidget(cmdUp);
+        header->addWidget(cmdDown);
+        connect(cmdUp, &QPushButton::clicked, this, &CardView::cmdUp_Click);
+        connect(cmdDown, &QPushButton::clicked, this, &CardView::cmdDown_Click);
+    }
     layout->addWidget(fraSetModel);
 
     WaitForTimer = new QTimer(this);
     WaitForTimer->setObjectName("WaitForTimer");
     WaitForTimer->setSingleShot(true);
     connect(WaitForTimer, &QTimer::timeout, this, &CardView::WaitForTimer_Timer);
-    connect(cmdUp, &QPushButton::clicked, this, &CardView::cmdUp_Click);
-    connect(cmdDown, &QPushButton::clicked, this, &CardView::cmdDown_Click);
 }
 
 void CardView::buildBody(QVBoxLayout *layout) {

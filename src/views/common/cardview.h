@@ -64,6 +64,10 @@ struct ViewSpec {
     QList<std::function<int(int ch)>> progress;
     int tickMs = 500;
     int retries = 3;
+    // The header frame's objectName; some families call it "fraShowModel".
+    QString headerFrame = QStringLiteral("fraSetModel");
+    // Views that only watch their card have neither Upload nor Download (cmdUp, cmdDown null).
+    bool hasUpDown = true;
 };
 
 // The standard channel layout: four Param cells and one flag a channel.
@@ -87,7 +91,7 @@ public:
     void OpenView(const QString &model) override;
     // Builds the family's fields; done once, before the view is first shown.
     void build();
-    void SetScaleMinMax(const QString &model);
+    virtual void SetScaleMinMax(const QString &model);
 
     const ViewSpec &spec() const { return m_spec; }
     // The field of `control` for channel `ch`, by its objectName.
