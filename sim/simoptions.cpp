@@ -50,10 +50,10 @@ const char *kDescription =
 
 } // namespace
 
-std::optional<SimFaultRule> parseFault(const QString &spec, QString *error) {
-    const QStringList parts = spec.split(QLatin1Char(':'));
+std::optional<SimFaultRule> parseFault(const QString &plan, QString *error) {
+    const QStringList parts = plan.split(QLatin1Char(':'));
     auto fail = [&](const QString &why) {
-        if (error) *error = QStringLiteral("--fault %1: %2").arg(spec, why);
+        if (error) *error = QStringLiteral("--fault %1: %2").arg(plan, why);
         return std::nullopt;
     };
     if (parts.size() > 4) return fail(QStringLiteral("too many fields (KIND:MATCH:COUNT:PARAM)"));
@@ -102,7 +102,7 @@ SimCommand parseSimOptions(const QStringList &arguments, SimOptions &options, QS
     const QCommandLineOption baud("baud", "Emulates 9600 baud: about 1.04 ms a byte, both ways.");
     const QCommandLineOption log("log", "Writes every command and reply to <file> as they pass.",
                                  "file");
-    const QCommandLineOption fault("fault", "Adds a fault (see below).", "spec");
+    const QCommandLineOption fault("fault", "Adds a fault (see below).", "fault");
     parser.addOptions({help, com, portDir, rack, writeRack, baud, log, fault});
 
     if (!parser.parse(arguments)) {
@@ -131,9 +131,9 @@ SimCommand parseSimOptions(const QStringList &arguments, SimOptions &options, QS
     options.emulateBaud = parser.isSet(baud);
     options.logFile = parser.value(log);
     options.faults.clear();
-    for (const QString &spec : parser.values(fault)) {
+    for (const QString &plan : parser.values(fault)) {
         QString error;
-        const std::optional<SimFaultRule> rule = parseFault(spec, &error);
+        const std::optional<SimFaultRule> rule = parseFault(plan, &error);
         if (!rule) {
             if (message) *message = error;
             return SimCommand::Error;

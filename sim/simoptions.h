@@ -25,4 +25,4 @@ enum class SimCommand { Run, Help, Error };
 SimCommand parseSimOptions(const QStringList &arguments, SimOptions &options, QString *message);
 
 // One fault: KIND[:MATCH[:COUNT[:PARAM]]], e.g. "split:I40:2:4" or "noreply::all".
-std::optional<SimFaultRule> parseFault(const QString &spec, QString *error);
+std::optional<SimFaultRule> parseFault(const QString &plan, QString *error);

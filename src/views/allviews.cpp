@@ -16,8 +16,8 @@ void RegisterAllViews() {
     RegisterView("frmQF4", [] { return MakeFrmQF4(); });
     RegisterView("frmQF8", [] { return MakeFrmQF8(); });
     RegisterView("frmQF16", [] { return new FrmQF16; });
-    for (const DiscreteSpec &spec : DiscreteSpecs())
-        RegisterView(spec.formName, [form = spec.formName] { return MakeDiscreteView(form); });
+    for (const DiscreteSpec &plan : DiscreteSpecs())
+        RegisterView(plan.formName, [form = plan.formName] { return MakeDiscreteView(form); });
     RegisterView("frmQV32", [] { return new FrmQV32; });
     RegisterView("frmXF2", [] { return new FrmXF2; });
 }

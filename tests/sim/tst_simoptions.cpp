@@ -20,7 +20,7 @@ class SimOptionsTest : public QObject {
 
 private slots:
     void faultSpecs_data() {
-        QTest::addColumn<QString>("spec");
+        QTest::addColumn<QString>("plan");
         QTest::addColumn<SimFault>("kind");
         QTest::addColumn<QString>("match");
         QTest::addColumn<int>("count");
@@ -38,9 +38,9 @@ private slots:
         QTest::newRow("cut") << "cut:I40" << SimFault::CutLine << "I40" << 1 << 0;
     }
     void faultSpecs() {
-        QFETCH(QString, spec);
+        QFETCH(QString, plan);
         QString error;
-        const std::optional<SimFaultRule> rule = parseFault(spec, &error);
+        const std::optional<SimFaultRule> rule = parseFault(plan, &error);
         QVERIFY2(rule, qPrintable(error));
         QTEST(rule->kind, "kind");
         QTEST(rule->match, "match");
@@ -49,7 +49,7 @@ private slots:
     }
 
     void badFaultSpecs_data() {
-        QTest::addColumn<QString>("spec");
+        QTest::addColumn<QString>("plan");
         QTest::addColumn<QString>("reason");
         QTest::newRow("unknown kind") << "slow:I40"
                                       << "unknown kind";
@@ -69,11 +69,11 @@ private slots:
                                      << "too many";
     }
     void badFaultSpecs() {
-        QFETCH(QString, spec);
+        QFETCH(QString, plan);
         QFETCH(QString, reason);
         QString error;
-        QVERIFY(!parseFault(spec, &error));
-        QVERIFY2(error.contains(spec) && error.contains(reason), qPrintable(error));
+        QVERIFY(!parseFault(plan, &error));
+        QVERIFY2(error.contains(plan) && error.contains(reason), qPrintable(error));
     }
 
     void commandLine() {

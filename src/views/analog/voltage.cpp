@@ -21,36 +21,36 @@ QList<ParamSpec> standardChannel() {
 }
 
 ViewSpec voltageSpec(const QString &form, const QString &tag, int channels) {
-    ViewSpec spec;
-    spec.formName = form;
-    spec.tag = tag;
-    spec.channels = channels;
-    spec.params = standardChannel();
-    spec.acceptance = Acceptance::Syntax;
-    spec.rangeCheck = true;
-    return spec;
+    ViewSpec plan;
+    plan.formName = form;
+    plan.tag = tag;
+    plan.channels = channels;
+    plan.params = standardChannel();
+    plan.acceptance = Acceptance::Syntax;
+    plan.rangeCheck = true;
+    return plan;
 }
 
 } // namespace
 
 CardView *MakeFrmQF4() {
-    ViewSpec spec = voltageSpec("frmQF4", "QF4", 4);
-    spec.progress = {[](int ch) { return ch; }, [](int ch) { return ch + 4; }};
-    return new CardView(spec);
+    ViewSpec plan = voltageSpec("frmQF4", "QF4", 4);
+    plan.progress = {[](int ch) { return ch; }, [](int ch) { return ch + 4; }};
+    return new CardView(plan);
 }
 
 CardView *MakeFrmQF8() {
-    ViewSpec spec = voltageSpec("frmQF8", "QF8", 8);
-    spec.progress = {[](int ch) { return ch; }, [](int ch) { return ch / 2 + 8; }};
-    return new CardView(spec);
+    ViewSpec plan = voltageSpec("frmQF8", "QF8", 8);
+    plan.progress = {[](int ch) { return ch; }, [](int ch) { return ch / 2 + 8; }};
+    return new CardView(plan);
 }
 
 FrmQF16::FrmQF16(QWidget *parent) : CardView([] {
-    ViewSpec spec = voltageSpec("frmQF16", "QF16", kChannels);
-    spec.acceptance = Acceptance::NotEmpty;
-    spec.valueArray = true;
-    spec.progress = {[](int ch) { return ch / 2; }, [](int ch) { return ch / 4 + 8; }};
-    return spec;
+    ViewSpec plan = voltageSpec("frmQF16", "QF16", kChannels);
+    plan.acceptance = Acceptance::NotEmpty;
+    plan.valueArray = true;
+    plan.progress = {[](int ch) { return ch / 2; }, [](int ch) { return ch / 4 + 8; }};
+    return plan;
 }(), parent) {}
 
 void FrmQF16::buildBody(QVBoxLayout *layout) {

@@ -52,8 +52,8 @@ ParamSpec unusedFlag() {
 
 } // namespace StandardParams
 
-CardView::CardView(ViewSpec spec, QWidget *parent)
-    : QWidget(parent), m_spec(std::move(spec)) {
+CardView::CardView(ViewSpec plan, QWidget *parent)
+    : QWidget(parent), m_spec(std::move(plan)) {
     setObjectName(m_spec.formName);
     setFixedSize(kViewWidth, kViewHeight);
     auto *layout = new QVBoxLayout(this);

@@ -85,7 +85,7 @@ ParamSpec unusedFlag();
 class CardView : public QWidget, public OpenableView {
     Q_OBJECT
 public:
-    explicit CardView(ViewSpec spec, QWidget *parent = nullptr);
+    explicit CardView(ViewSpec plan, QWidget *parent = nullptr);
 
     // The show routine: fills the header, shows the view, starts the cycle, reads the version.
     void OpenView(const QString &model) override;
@@ -93,7 +93,7 @@ public:
     void build();
     virtual void SetScaleMinMax(const QString &model);
 
-    const ViewSpec &spec() const { return m_spec; }
+    const ViewSpec &plan() const { return m_spec; }
     // The field of `control` for channel `ch`, by its objectName.
     QLineEdit *field(const QString &control, int ch) const;
     QLineEdit *valueBox(int ch) const;

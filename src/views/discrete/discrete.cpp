@@ -64,8 +64,8 @@ const QList<DiscreteSpec> &DiscreteSpecs() {
 }
 
 const DiscreteSpec *FindDiscreteSpec(const QString &formName) {
-    for (const DiscreteSpec &spec : DiscreteSpecs())
-        if (spec.formName == formName) return &spec;
+    for (const DiscreteSpec &plan : DiscreteSpecs())
+        if (plan.formName == formName) return &plan;
     return nullptr;
 }
 
@@ -88,20 +88,20 @@ QString ByteBitsLowFirst(const QString &byteText) {
     return low;
 }
 
-DiscreteView::DiscreteView(DiscreteSpec spec, QWidget *parent)
+DiscreteView::DiscreteView(DiscreteSpec plan, QWidget *parent)
     : CardView(
-          [&spec] {
+          [&plan] {
               ViewSpec view;
-              view.formName = spec.formName;
-              view.tag = spec.tag;
-              view.channels = spec.channels;
-              view.pauseMs = spec.pauseMs;
+              view.formName = plan.formName;
+              view.tag = plan.tag;
+              view.channels = plan.channels;
+              view.pauseMs = plan.pauseMs;
               view.headerFrame = QStringLiteral("fraShowModel");
               view.hasUpDown = false;
               return view;
           }(),
           parent),
-      m_discrete(std::move(spec)) {}
+      m_discrete(std::move(plan)) {}
 
 void DiscreteView::buildBody(QVBoxLayout *layout) {
     QList<ViewBuilders::GridColumn> columns;
@@ -167,8 +167,8 @@ void DiscreteView::procCycDataRead() {
     }
 }
 
-DiscreteIoView::DiscreteIoView(DiscreteSpec spec, OverviewBytesSpec overview, QWidget *parent)
-    : DiscreteView(std::move(spec), parent), m_overview(std::move(overview)) {}
+DiscreteIoView::DiscreteIoView(DiscreteSpec plan, OverviewBytesSpec overview, QWidget *parent)
+    : DiscreteView(std::move(plan), parent), m_overview(std::move(overview)) {}
 
 void DiscreteIoView::ShowChDataIO(int slot) {
     for (int first : m_overview.firstLamps)
@@ -193,16 +193,16 @@ bool DiscreteIoView::setOverViewDataIO(int slot) {
 }
 
 CardView *MakeDiscreteView(const QString &formName) {
-    const DiscreteSpec *spec = FindDiscreteSpec(formName);
-    if (!spec) return nullptr;
+    const DiscreteSpec *plan = FindDiscreteSpec(formName);
+    if (!plan) return nullptr;
     if (formName == QLatin1String("frmXC8"))
-        return new DiscreteIoView(*spec, {"26",
+        return new DiscreteIoView(*plan, {"26",
                                           [](const QString &v) {
                                               return QStringList{v.left(2), v.right(2)};
                                           },
                                           {1, 17}});
     if (formName == QLatin1String("frmQTC16"))
         return new DiscreteIoView(
-            *spec, {"18", [](const QString &v) { return threeParts(v); }, {1, 17, 25}});
-    return new DiscreteView(*spec);
+            *plan, {"18", [](const QString &v) { return threeParts(v); }, {1, 17, 25}});
+    return new DiscreteView(*plan);
 }

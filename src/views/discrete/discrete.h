@@ -46,7 +46,7 @@ const DiscreteSpec *FindDiscreteSpec(const QString &formName);
 class DiscreteView : public CardView {
     Q_OBJECT
 public:
-    explicit DiscreteView(DiscreteSpec spec, QWidget *parent = nullptr);
+    explicit DiscreteView(DiscreteSpec plan, QWidget *parent = nullptr);
 
     const DiscreteSpec &discreteSpec() const { return m_discrete; }
     void SetScaleMinMax(const QString &model) override;
@@ -73,7 +73,7 @@ struct OverviewBytesSpec {
 class DiscreteIoView : public DiscreteView, public OverviewRowIO {
     Q_OBJECT
 public:
-    DiscreteIoView(DiscreteSpec spec, OverviewBytesSpec overview, QWidget *parent = nullptr);
+    DiscreteIoView(DiscreteSpec plan, OverviewBytesSpec overview, QWidget *parent = nullptr);
 
     void ShowChDataIO(int slot) override;
     bool setOverViewDataIO(int slot) override;

@@ -26,17 +26,17 @@ const Setting kSettings[] = {
 };
 
 ViewSpec qv32Spec() {
-    ViewSpec spec;
-    spec.formName = QStringLiteral("frmQV32");
-    spec.tag = QStringLiteral("QV32");
-    spec.channels = 3;
-    spec.params = {{"txtDataPara", "", "", "01", [](int n) { return n + 14; }, Cell::Param,
+    ViewSpec plan;
+    plan.formName = QStringLiteral("frmQV32");
+    plan.tag = QStringLiteral("QV32");
+    plan.channels = 3;
+    plan.params = {{"txtDataPara", "", "", "01", [](int n) { return n + 14; }, Cell::Param,
                     [](int n) { return n; }, FieldKind::Int, std::nullopt, QString()}};
     // An empty field is refilled from its cell; anything else is the user's to send.
-    spec.acceptance = Acceptance::NotEmpty;
-    spec.keyFilters = false;
-    spec.progress = {[](int n) { return n * 4; }};
-    return spec;
+    plan.acceptance = Acceptance::NotEmpty;
+    plan.keyFilters = false;
+    plan.progress = {[](int n) { return n * 4; }};
+    return plan;
 }
 
 } // namespace

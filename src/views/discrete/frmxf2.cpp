@@ -68,13 +68,13 @@ QString SiblingToolCommandLine(int comPortNo, int cardNo) {
 FrmXF2::FrmXF2(QWidget *parent)
     : CardView(
           [] {
-              ViewSpec spec;
-              spec.formName = QStringLiteral("frmXF2");
-              spec.tag = QStringLiteral("XF2");
-              spec.channels = 0;
-              spec.headerFrame = QStringLiteral("fraShowModel");
-              spec.hasUpDown = false;
-              return spec;
+              ViewSpec plan;
+              plan.formName = QStringLiteral("frmXF2");
+              plan.tag = QStringLiteral("XF2");
+              plan.channels = 0;
+              plan.headerFrame = QStringLiteral("fraShowModel");
+              plan.hasUpDown = false;
+              return plan;
           }(),
           parent) {}
 
