@@ -20,18 +20,7 @@ targets=("$@")
 [ ${#targets[@]} -gt 0 ] || targets=(fuzz_replies fuzz_projectfile fuzz_textroutines fuzz_rackfile)
 
 # clang with its libFuzzer and sanitizer runtimes, Qt and the build tools (Debian 12).
-packages=(clang libclang-rt-14-dev qt6-base-dev cmake ninja-build)
-missing=()
-for p in "${packages[@]}"; do
-    dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
-done
-if [ ${#missing[@]} -gt 0 ]; then
-    echo "Installing: ${missing[*]}"
-    sudo=""
-    [ "$(id -u)" -eq 0 ] || sudo="sudo"
-    $sudo apt-get update -qq
-    DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq "${missing[@]}" >/dev/null
-fi
+bash scripts/install-packages.sh clang libclang-rt-14-dev qt6-base-dev cmake ninja-build
 
 build=${VXCFG_FUZZ_DIR:-build-fuzz}
 out=${VXCFG_FUZZ_OUT:-fuzz-out}
