@@ -7,12 +7,13 @@
 #include <QFileInfo>
 #include <QIODevice>
 #include <QSocketNotifier>
-#include <QTimer>
 
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
 #include <stdlib.h>
+#include <sys/timerfd.h>
+#include <time.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -44,15 +45,23 @@ QString printable(const QString &text) {
 } // namespace
 
 PtyServer::PtyServer(SimRack *rack, QObject *parent)
-    : QObject(parent), m_rack(rack), m_timer(new QTimer(this)) {
-    m_timer->setSingleShot(true);
-    m_timer->setTimerType(Qt::PreciseTimer);
-    connect(m_timer, &QTimer::timeout, this, &PtyServer::sendDue);
-    m_clock.start();
+    : QObject(parent), m_rack(rack) {
+    m_timerFd = timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC);
+    if (m_timerFd < 0) qFatal("vxrack-sim: timerfd_create: %s", strerror(errno));
+    m_timerNotifier = new QSocketNotifier(m_timerFd, QSocketNotifier::Read, this);
+    connect(m_timerNotifier, &QSocketNotifier::activated, this, &PtyServer::onTimer);
+}
+
+qint64 PtyServer::nowUs() {
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return qint64(now.tv_sec) * 1000000 + now.tv_nsec / 1000;
 }
 
 PtyServer::~PtyServer() {
     stop();
+    delete m_timerNotifier;
+    ::close(m_timerFd);
 }
 
 bool PtyServer::start(int com, const QString &portDir, QString *error) {
@@ -145,7 +154,8 @@ bool PtyServer::makeLink(QString *error) {
 }
 
 void PtyServer::closeTerminal() {
-    m_timer->stop();
+    const itimerspec off{};
+    timerfd_settime(m_timerFd, 0, &off, nullptr);
     m_queue.clear();
     m_txBuffer.clear();
     delete m_readNotifier;
@@ -209,9 +219,18 @@ void PtyServer::queueReply(const SimReply &reply, qint64 readyAtUs) {
 
 void PtyServer::armTimer() {
     if (m_queue.empty()) return;
-    const qint64 waitUs = m_queue.begin()->first - nowUs();
-    // Round up, so the timer never fires before the reply is due and spins.
-    m_timer->start(waitUs <= 0 ? 0 : int((waitUs + 999) / 1000));
+    // An absolute time: a moment already past fires at once. Zero would disarm the timer.
+    const qint64 atUs = std::max<qint64>(m_queue.begin()->first, 1);
+    itimerspec when{};
+    when.it_value.tv_sec = atUs / 1000000;
+    when.it_value.tv_nsec = long(atUs % 1000000) * 1000;
+    timerfd_settime(m_timerFd, TFD_TIMER_ABSTIME, &when, nullptr);
+}
+
+void PtyServer::onTimer() {
+    quint64 expirations = 0;
+    [[maybe_unused]] const ssize_t n = ::read(m_timerFd, &expirations, sizeof expirations);
+    sendDue();
 }
 
 void PtyServer::sendDue() {

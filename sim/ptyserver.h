@@ -2,14 +2,12 @@
 
 #include "simrack.h"
 
-#include <QElapsedTimer>
 #include <QObject>
 #include <QString>
 #include <map>
 
 class QIODevice;
 class QSocketNotifier;
-class QTimer;
 
 // Serves a simulated rack on a pseudo-terminal and links it as COMn in the ports folder, so the
 // program (or any terminal program) opens it like a serial adapter.
@@ -17,7 +15,8 @@ class QTimer;
 // The server keeps a descriptor of the terminal's own end open for its whole life: without it a
 // client closing the port would leave the master end reporting errors until the next client came.
 // Everything is event-driven: bytes from the client wake a socket notifier, replies leave on a
-// timer set to the moment the emulated line would have carried them.
+// timer set to the microsecond the emulated line would have carried them (a timerfd: Qt's timers
+// count whole milliseconds, a tenth of a character at 9600 baud, and would blur the line time).
 class PtyServer : public QObject {
     Q_OBJECT
 public:
@@ -66,7 +65,7 @@ private:
     void writeOut(const QByteArray &bytes);
     void cutLine();
     void logTranscript();
-    qint64 nowUs() const { return m_clock.nsecsElapsed() / 1000; }
+    static qint64 nowUs();
 
     SimRack *m_rack;
     int m_com = 0;
@@ -77,8 +76,9 @@ private:
     int m_slave = -1;
     QSocketNotifier *m_readNotifier = nullptr;
     QSocketNotifier *m_writeNotifier = nullptr;
-    QTimer *m_timer;
-    QElapsedTimer m_clock;
+    int m_timerFd = -1;
+    QSocketNotifier *m_timerNotifier = nullptr;
+    void onTimer();
     int m_byteMicros = 0;
     qint64 m_rxFreeUs = 0; // when the emulated line has carried the bytes received so far
     qint64 m_txFreeUs = 0; // when the emulated line has carried the replies queued so far

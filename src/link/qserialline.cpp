@@ -57,7 +57,11 @@ qint64 QSerialLine::bytesAvailable() const { return m_port->isOpen() ? m_port->b
 QByteArray QSerialLine::readAll() { return m_port->isOpen() ? m_port->readAll() : QByteArray(); }
 
 void QSerialLine::write(const QByteArray &data) {
-    if (m_port->isOpen()) m_port->write(data);
+    if (!m_port->isOpen()) return;
+    m_port->write(data);
+    // QSerialPort keeps written bytes until its write notifier runs, which comes after whatever
+    // repaints are queued; hand them to the driver now, so the line starts at once (no blocking).
+    m_port->flush();
 }
 
 // A vanished adapter reports its error again and again while the port stays open, at full CPU:

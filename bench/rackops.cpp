@@ -1,0 +1,151 @@
+// vxbench-rack: the program's long operations, run by its own code through QSerialPort against
+// the simulated demo rack at 9600 baud: the rack scan, one monitor pass, and the Upload and
+// Download of an 8-channel voltage card. For each it prints the time taken beside the time the
+// line needs for the bytes that crossed it (the physical limit), their ratio, and the CPU time.
+#include "benchsupport.h"
+
+#include "app/frmvxcfg.h"
+#include "link/exchange.h"
+#include "link/link.h"
+#include "link/qserialline.h"
+#include "link/session.h"
+#include "rack/cardtable.h"
+#include "rack/monitor.h"
+#include "rack/registry.h"
+#include "rack/scan.h"
+#include "views/allviews.h"
+#include "views/common/cardview.h"
+#include "views/common/viewregistry.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QCommandLineParser>
+#include <QElapsedTimer>
+#include <QTimer>
+
+#include <algorithm>
+#include <cstdio>
+#include <functional>
+
+namespace {
+
+int fail(const QString &text) { return Bench::fail("vxbench-rack", text); }
+
+// The demo rack's 8-channel voltage card.
+constexpr int kVoltageSlot = 8;
+
+struct Figures {
+    double wallMs = 0;
+    double lineMs = 0;
+    double cpuMs = 0;
+    qint64 steps = 0;
+    qint64 bytes = 0;
+    qint64 silent = 0;
+};
+
+// Runs `operation` `runs` times and keeps the mean of each figure. A step without a reply is
+// counted: on a healthy line there is none.
+Figures measure(int runs, const std::function<void()> &operation) {
+    Figures total;
+    for (int run = 0; run < runs; ++run) {
+        Bench::LineCount count;
+        const double cpuBefore = Bench::cpuMsSelf();
+        QElapsedTimer wall;
+        wall.start();
+        operation();
+        total.wallMs += wall.nsecsElapsed() / 1e6;
+        total.cpuMs += Bench::cpuMsSelf() - cpuBefore;
+        total.lineMs += count.lineMs();
+        total.steps += count.steps;
+        total.bytes += count.bytes();
+        total.silent += count.silent;
+    }
+    return {total.wallMs / runs, total.lineMs / runs, total.cpuMs / runs,
+            total.steps / runs,  total.bytes / runs,  total.silent};
+}
+
+void printRow(const char *name, const Figures &f) {
+    std::printf("%-26s %6lld %7lld %10.1f %10.1f %7.3f %8.1f %6.2f%%\n", name,
+                static_cast<long long>(f.steps), static_cast<long long>(f.bytes), f.wallMs,
+                f.lineMs, f.wallMs / f.lineMs, f.cpuMs, 100.0 * f.cpuMs / f.wallMs);
+}
+
+// One tick of the view with the given request pending, run at once rather than on its timer, so
+// that the figure is the operation's and not the wait for the next tick.
+void runViewRequest(CardView *view, bool CardView::*pending) {
+    view->WaitForTimer->stop();
+    view->CycleActive = false;
+    view->*pending = true;
+    view->WaitForTimer_Timer();
+}
+
+} // namespace
+
+int main(int argc, char **argv) {
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication app(argc, argv);
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        "Times the rack scan, a monitor pass and an 8-channel Upload and Download against "
+        "vxrack-sim's demo rack at 9600 baud, beside the line time of their bytes.");
+    parser.addHelpOption();
+    const QCommandLineOption repeat({"n", "runs"}, "Runs of each operation (3).", "n", "3");
+    const QCommandLineOption sim("sim", "The vxrack-sim program.", "path");
+    parser.addOptions({repeat, sim});
+    parser.process(app);
+    bool ok = false;
+    const int runs = parser.value(repeat).toInt(&ok);
+    if (!ok || runs < 1) return fail("-n takes a number from 1");
+
+    Bench::Simulator simulator;
+    QString error;
+    if (!simulator.start(parser.value(sim), {"--baud"}, &error)) return fail(error);
+
+    RegisterAllViews();
+    FrmVxCfg window;
+    window.setEndProgram([] {});
+    window.show();
+    auto *line = new QSerialLine;
+    Link::setPort(std::unique_ptr<SerialLine>(line));
+    if (!line->open(1, &error)) return fail(error);
+    if (!ConnectRack()) return fail("the simulator did not answer the link test");
+
+    const double simCpuBefore = simulator.cpuMs();
+    const double cpuBefore = Bench::cpuMsSelf();
+    QElapsedTimer total;
+    total.start();
+
+    const Figures scan = measure(runs, ScanRack);
+    if (CardTable(kVoltageSlot).CardName != QLatin1String("QF8"))
+        return fail("the scan did not find the demo rack's QF8 in slot 8");
+    window.FillCardSelector();
+    const Figures pass = measure(runs, [] { ReadOverview(); });
+
+    // The card view as a user opens it: picked in the selector.
+    window.cboCardNo->setCurrentIndex(kVoltageSlot);
+    window.cboCardNo_Click();
+    auto *view = qobject_cast<CardView *>(LoadedView(QStringLiteral("frmQF8")));
+    if (!view || !view->isVisible()) return fail("the QF8 view did not open");
+    const Figures upload = measure(runs, [view] { runViewRequest(view, &CardView::UploadPending); });
+    const Figures download =
+        measure(runs, [view] { runViewRequest(view, &CardView::DownloadPending); });
+
+    const double totalMs = total.nsecsElapsed() / 1e6;
+    const double cpuMs = Bench::cpuMsSelf() - cpuBefore;
+    const double simCpuMs = simulator.cpuMs() - simCpuBefore;
+    Link::setPort(nullptr);
+
+    std::printf("\nMean of %d runs each; line time is 10 bits a byte at 9600 baud.\n\n", runs);
+    std::printf("%-26s %6s %7s %10s %10s %7s %8s %7s\n", "operation", "steps", "bytes", "time ms",
+                "line ms", "ratio", "CPU ms", "CPU");
+    printRow("rack scan, 16 slots", scan);
+    printRow("monitor pass, demo rack", pass);
+    printRow("Upload, 8-channel card", upload);
+    printRow("Download, 8-channel card", download);
+    std::printf("\nwhole run %.0f ms: CPU %.0f ms here (%.2f%% of a core), %.0f ms in the "
+                "simulator\n",
+                totalMs, cpuMs, 100.0 * cpuMs / totalMs, simCpuMs);
+    const qint64 silent = scan.silent + pass.silent + upload.silent + download.silent;
+    if (silent > 0) return fail(QStringLiteral("%1 steps got no reply").arg(silent));
+    return 0;
+}
