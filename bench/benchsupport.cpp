@@ -67,13 +67,19 @@ LineCount::LineCount() {
             ++steps;
             sent += text.size();
             break;
-        case Link::Traffic::Received: received += text.size() + 1; break;
-        case Link::Traffic::NoReply: ++silent; break;
+        case Link::Traffic::Received:
+            received += text.size() + 1;
+            break;
+        case Link::Traffic::NoReply:
+            ++silent;
+            break;
         }
     });
 }
 
-LineCount::~LineCount() { Link::removeTrafficObserver(m_observer); }
+LineCount::~LineCount() {
+    Link::removeTrafficObserver(m_observer);
+}
 
 int fail(const char *program, const QString &text) {
     std::fprintf(stderr, "%s: %s\n", program, qPrintable(text));

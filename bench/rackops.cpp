@@ -29,7 +29,9 @@
 
 namespace {
 
-int fail(const QString &text) { return Bench::fail("vxbench-rack", text); }
+int fail(const QString &text) {
+    return Bench::fail("vxbench-rack", text);
+}
 
 // The demo rack's 8-channel voltage card.
 constexpr int kVoltageSlot = 8;
@@ -126,7 +128,8 @@ int main(int argc, char **argv) {
     window.cboCardNo_Click();
     auto *view = qobject_cast<CardView *>(LoadedView(QStringLiteral("frmQF8")));
     if (!view || !view->isVisible()) return fail("the QF8 view did not open");
-    const Figures upload = measure(runs, [view] { runViewRequest(view, &CardView::UploadPending); });
+    const Figures upload =
+        measure(runs, [view] { runViewRequest(view, &CardView::UploadPending); });
     const Figures download =
         measure(runs, [view] { runViewRequest(view, &CardView::DownloadPending); });
 

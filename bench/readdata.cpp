@@ -12,7 +12,9 @@
 #include <cstdio>
 
 namespace {
-int fail(const QString &text) { return Bench::fail("vxbench-readdata", text); }
+int fail(const QString &text) {
+    return Bench::fail("vxbench-readdata", text);
+}
 } // namespace
 
 int main(int argc, char **argv) {
@@ -22,7 +24,8 @@ int main(int argc, char **argv) {
         "Runs ReadData of the comm card's version through QSerialPort against vxrack-sim at "
         "9600 baud and prints the time and CPU per step.");
     parser.addHelpOption();
-    const QCommandLineOption countOption({"n", "count"}, "ReadData exchanges to time (200).", "n", "200");
+    const QCommandLineOption countOption({"n", "count"}, "ReadData exchanges to time (200).", "n",
+                                         "200");
     const QCommandLineOption sim("sim", "The vxrack-sim program.", "path");
     const QCommandLineOption instant("instant", "No line time: the overhead alone.");
     parser.addOptions({countOption, sim, instant});
@@ -33,8 +36,8 @@ int main(int argc, char **argv) {
 
     Bench::Simulator simulator;
     QString error;
-    if (!simulator.start(parser.value(sim), parser.isSet(instant) ? QStringList{} : QStringList{"--baud"},
-                         &error))
+    if (!simulator.start(parser.value(sim),
+                         parser.isSet(instant) ? QStringList{} : QStringList{"--baud"}, &error))
         return fail(error);
 
     auto *line = new QSerialLine;
@@ -62,9 +65,11 @@ int main(int argc, char **argv) {
     const double lineMs = parser.isSet(instant) ? 0.0 : Bench::kByteMs;
     const double linePerStep = double(count.sent + count.received) * lineMs / double(count.steps);
     std::printf("ReadData exchanges      %d (%d failed), %lld steps, %lld without reply\n", runs,
-                failures, static_cast<long long>(count.steps), static_cast<long long>(count.silent));
+                failures, static_cast<long long>(count.steps),
+                static_cast<long long>(count.silent));
     std::printf("bytes per step          %.1f sent, %.1f received\n",
-                double(count.sent) / double(count.steps), double(count.received) / double(count.steps));
+                double(count.sent) / double(count.steps),
+                double(count.received) / double(count.steps));
     std::printf("mean per ReadData       %.3f ms\n", wallMs / runs);
     std::printf("mean step time          %.3f ms\n", perStep);
     std::printf("line time per step      %.3f ms (10 bits a byte at 9600 baud%s)\n", linePerStep,
@@ -72,6 +77,7 @@ int main(int argc, char **argv) {
     std::printf("overhead per step       %.3f ms\n", perStep - linePerStep);
     std::printf("CPU per step            %.3f ms (this program)\n", cpuMs / double(count.steps));
     if (simCpuMs >= 0)
-        std::printf("CPU per step            %.3f ms (simulator)\n", simCpuMs / double(count.steps));
+        std::printf("CPU per step            %.3f ms (simulator)\n",
+                    simCpuMs / double(count.steps));
     return failures == 0 ? 0 : 1;
 }

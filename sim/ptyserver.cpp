@@ -13,8 +13,8 @@
 #include <fcntl.h>
 #include <stdlib.h>
 #include <sys/timerfd.h>
-#include <time.h>
 #include <termios.h>
+#include <time.h>
 #include <unistd.h>
 
 namespace {
@@ -44,8 +44,7 @@ QString printable(const QString &text) {
 
 } // namespace
 
-PtyServer::PtyServer(SimRack *rack, QObject *parent)
-    : QObject(parent), m_rack(rack) {
+PtyServer::PtyServer(SimRack *rack, QObject *parent) : QObject(parent), m_rack(rack) {
     m_timerFd = timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC);
     if (m_timerFd < 0) qFatal("vxrack-sim: timerfd_create: %s", strerror(errno));
     m_timerNotifier = new QSocketNotifier(m_timerFd, QSocketNotifier::Read, this);

@@ -105,6 +105,7 @@ SimReply SimRack::shape(const QString &reply, const std::optional<SimFaultRule> 
         case SimFault::Late: out.delayMs = 3000 + fault->param; break;
         case SimFault::Garbage:
             out.bytes = QByteArray("\x01\xfe#?\x7f", 5);
+            text.clear();
             break;
         case SimFault::Timeout: text = QStringLiteral("DTMOUT"); break;
         case SimFault::Refuse: text = QStringLiteral("CNG"); break;

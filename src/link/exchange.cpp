@@ -9,8 +9,10 @@
 QString TrimBlanks(const QString &text) {
     qsizetype first = 0;
     qsizetype last = text.size();
-    while (first < last && text.at(first) == QLatin1Char(' ')) ++first;
-    while (last > first && text.at(last - 1) == QLatin1Char(' ')) --last;
+    while (first < last && text.at(first) == QLatin1Char(' '))
+        ++first;
+    while (last > first && text.at(last - 1) == QLatin1Char(' '))
+        --last;
     return text.mid(first, last - first);
 }
 
@@ -21,6 +23,15 @@ const QString kCR = QStringLiteral("\r");
 bool bytesWaiting() {
     SerialLine *line = Link::port();
     return !line || !line->isOpen() || line->bytesAvailable() > 0;
+}
+
+// The rack answers in plain text. Control bytes in a reply are line noise (a loose plug, a
+// wrong baud rate), and a reply carrying them is no answer, so the retry layer asks again
+// rather than take the noise as a card name or a value.
+bool isNoise(const QByteArray &reply) {
+    for (const char c : reply)
+        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) return true;
+    return false;
 }
 
 // Replies that end a write attempt, and a read's "I" step, as failures.
@@ -85,8 +96,8 @@ void SendRecv(const QString &command, QString &reply) {
         loop.exec();
     }
 
-    if (complete) {
-        received.chop(1);
+    if (complete) received.chop(1);
+    if (complete && !isNoise(received)) {
         reply = QString::fromLatin1(received);
         Link::notifyTraffic(Link::Traffic::Received, reply);
     } else {

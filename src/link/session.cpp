@@ -51,6 +51,23 @@ void setIndicators(bool connected) {
     w->mnuConnectDisconnect->setEnabled(connected);
 }
 
+QMetaObject::Connection g_lineWatch;
+
+// A port that closes under the program (an adapter pulled, the far end gone) ends the session.
+// The call is queued: the command that was running fails first with its own message, and the
+// lamp then stops claiming a link that is not there.
+void watchLine() {
+    QObject::disconnect(g_lineWatch);
+    SerialLine *line = Link::port();
+    if (!line) return;
+    g_lineWatch = QObject::connect(
+        line, &SerialLine::lineLost, line,
+        [line] {
+            if (IsConnected && Link::port() == line && !line->isOpen()) DisconnectRack();
+        },
+        Qt::QueuedConnection);
+}
+
 } // namespace
 
 const SpecialSetting *FindSpecialSetting(const QString &name, bool forClick) {
@@ -77,6 +94,7 @@ bool ConnectRack() {
     }
     setIndicators(true);
     IsConnected = true;
+    watchLine();
 
     // Select the comm card; what these writes answer is of no interest.
     WriteData(3, "00", "01", "F");

@@ -61,6 +61,8 @@ void UploadRack() {
     ScanRack();
     if (w) w->FillCardSelector();
     ReadOverview();
+    // The port went away during the scan: the session has ended, its commands stay off.
+    if (!IsConnected) return;
     CommandsOn();
     if (w) {
         w->cmdSWcheck->setEnabled(true);

@@ -1,0 +1,281 @@
+// What the rack can do wrong, in the middle of each long operation: it falls silent, sends
+// garbage, answers after the step gave up, forgets the CR, or the line is pulled. Each operation
+// must end within the step limits it ran into, show the message its failure path gives, keep what
+// it should keep, and leave a program that can connect again.
+#include "app/desk.h"
+
+#include "demorack.h"
+#include "link/exchange.h"
+#include "link/session.h"
+#include "views/common/cardview.h"
+
+#include <QElapsedTimer>
+#include <QLabel>
+#include <QLineEdit>
+#include <QTest>
+
+using vxtest::Desk;
+using vxtest::pickCard;
+using vxtest::press;
+
+namespace {
+
+enum class Fault { Silence, Garbage, NoCR, Cut, Stale };
+
+// The rule that makes the rack misbehave from the command it is armed at on.
+SimFaultRule ruleFor(Fault fault) {
+    switch (fault) {
+    case Fault::Silence:
+        return {SimFault::NoReply, QString(), -1};
+    case Fault::Garbage:
+        return {SimFault::Garbage, QString(), -1};
+    case Fault::NoCR:
+        return {SimFault::NoCR, QString(), -1};
+    case Fault::Cut:
+        return {SimFault::CutLine, QString(), 1};
+    case Fault::Stale:
+        break;
+    }
+    return {SimFault::NoReply, QString(), 0};
+}
+
+void addFaultRows() {
+    QTest::addColumn<Fault>("fault");
+    QTest::newRow("silence") << Fault::Silence;
+    QTest::newRow("garbage") << Fault::Garbage;
+    QTest::newRow("no CR") << Fault::NoCR;
+    QTest::newRow("line cut") << Fault::Cut;
+    QTest::newRow("late reply waiting") << Fault::Stale;
+}
+
+// The demo rack in its slots, as a scan finds it.
+const QStringList kDemoNames = {"QF4",   "QT8",  "XDU4AC01", "QT64", "QZ8",  "XE4",
+                                "QTC16", "QF8",  "NONE",     "QF16", "NONE", "NONE",
+                                "NONE",  "NONE", "NONE",     "NONE"};
+
+// Watches the line while an operation runs: the commands sent, the steps that timed out, and
+// the moment the fault goes live.
+class LineWatch {
+public:
+    LineWatch(SimRack &rack, std::function<bool(const QStringList &sent)> armAt, Fault fault)
+        : m_rack(rack), m_armAt(std::move(armAt)), m_fault(fault) {
+        m_id = Link::addTrafficObserver([this](Link::Traffic kind, const QString &text) {
+            if (kind == Link::Traffic::NoReply) ++silentSteps;
+            if (kind != Link::Traffic::Sent) return;
+            QString line = text;
+            line.chop(1);
+            sent << line;
+            if (!armed && m_fault != Fault::Stale && m_armAt(sent)) {
+                armed = true;
+                m_rack.addFault(ruleFor(m_fault));
+            }
+        });
+        clock.start();
+    }
+    ~LineWatch() { Link::removeTrafficObserver(m_id); }
+    LineWatch(const LineWatch &) = delete;
+    LineWatch &operator=(const LineWatch &) = delete;
+
+    // The operation took no longer than its timed-out steps allow, with room for a slow machine.
+    bool endedInTime() const {
+        return clock.elapsed() <= (silentSteps + 1) * qint64(Clock::ms(3000)) + 2000;
+    }
+
+    QStringList sent;
+    int silentSteps = 0;
+    bool armed = false;
+    QElapsedTimer clock;
+
+private:
+    SimRack &m_rack;
+    std::function<bool(const QStringList &)> m_armAt;
+    Fault m_fault;
+    int m_id;
+};
+
+// Arms when the `n`th command equal to `line` is about to go out.
+std::function<bool(const QStringList &)> atNth(const QString &line, int n = 1) {
+    return
+        [line, n](const QStringList &sent) { return sent.count(line) == n && sent.last() == line; };
+}
+
+// The demo rack, connected and scanned, every message so far forgotten.
+struct ScannedRack : Desk {
+    ScannedRack() {
+        LoadDemoRack(sim.rack);
+        if (!connect(1) || !press(window->CmdUpload)) QTest::qFail("no scan", __FILE__, __LINE__);
+        messages.messages.clear();
+        sim.rack.clearTranscript();
+    }
+
+    // A reply that comes after its step gave up, now waiting in the receive buffer.
+    bool leaveLateReply() {
+        sim.rack.addFault({SimFault::Late, QString(), 1, 2000});
+        if (!ReadDataOnce("00", "40").isEmpty()) return false;
+        return QTest::qWaitFor([this] { return sim.line->bytesAvailable() > 0; }, 2000);
+    }
+
+    bool incompleteShown(int times = 1) const {
+        int shown = 0;
+        for (const People::Message &m : messages.messages)
+            if (m.text == "Uploading incomplete" && m.title == "Uploading" &&
+                m.icon == People::Icon::Stop)
+                ++shown;
+        return shown == times && messages.messages.size() == times;
+    }
+
+    bool disconnected() const {
+        return !IsConnected && window->lblConStatus->text() == kDisconnectedText &&
+               !window->CmdUpload->isEnabled() && !window->cmdStart->isEnabled();
+    }
+
+    // Nothing is stuck: the user disconnects if need be, connects again, and the rack answers.
+    bool reconnects() {
+        sim.rack.clearFaults();
+        if (IsConnected && !vxtest::choose(window->mnuConnectDisconnect)) return false;
+        return connect(1) && IsConnected && window->lblConStatus->text() == kConnectedText &&
+               !ReadData(3, "00", "40").isEmpty();
+    }
+};
+
+CardView *openQF8(ScannedRack &rack) {
+    if (!pickCard(*rack.window, 8)) return nullptr;
+    auto *view = qobject_cast<CardView *>(LoadedView(QStringLiteral("frmQF8")));
+    // The cycle runs before anything else is asked of the view.
+    if (view && !QTest::qWaitFor([&] { return rack.sim.rack.commands().count("I10") >= 2; }, 2000))
+        return nullptr;
+    return view;
+}
+
+} // namespace
+
+class FaultTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    // A scan stopped at slot 5: the four slots read keep their names, the rest what they had.
+    void scan_data() { addFaultRows(); }
+    void scan() {
+        QFETCH(Fault, fault);
+        ScannedRack rack;
+        for (int slot = 1; slot <= kSlots; ++slot)
+            CardTable(slot).CardName = "OLD";
+        if (fault == Fault::Stale) QVERIFY(rack.leaveLateReply());
+        rack.sim.rack.clearTranscript();
+
+        LineWatch watch(rack.sim.rack, atNth("I14"), fault);
+        QVERIFY(press(rack.window->CmdUpload));
+        QVERIFY(watch.endedInTime());
+        QCoreApplication::processEvents();
+
+        QVERIFY(rack.incompleteShown());
+        const int read = fault == Fault::Stale ? 0 : 4;
+        for (int slot = 1; slot <= kSlots; ++slot)
+            QCOMPARE(CardTable(slot).CardName, slot <= read ? kDemoNames.at(slot - 1) : "OLD");
+        if (fault == Fault::Stale) {
+            // The waiting bytes keep every read and write off the wire.
+            QVERIFY(rack.sim.rack.commands().isEmpty());
+        }
+        if (fault == Fault::Cut) QVERIFY(rack.disconnected());
+        QVERIFY(rack.reconnects());
+    }
+
+    // A monitor pass that loses the rack at a card's first write ends quietly; one that loses it
+    // at a discrete read says so and ends the session. Either way "Stop" is left to the user.
+    void monitor_data() { addFaultRows(); }
+    void monitor() {
+        QFETCH(Fault, fault);
+        for (const bool atDiscreteRead : {false, true}) {
+            ScannedRack rack;
+            if (fault == Fault::Stale) QVERIFY(rack.leaveLateReply());
+            rack.sim.rack.clearTranscript();
+            // Slot 3's first write, or slot 2's (QT8) discrete word.
+            LineWatch watch(rack.sim.rack, atDiscreteRead ? atNth("I27") : atNth("DF", 3), fault);
+            QVERIFY(press(rack.window->cmdStart));
+            QVERIFY(watch.endedInTime());
+            QCoreApplication::processEvents();
+
+            QVERIFY(IsMonitoring);
+            QVERIFY(rack.window->cmdStop->isEnabled());
+            const bool loud = atDiscreteRead && fault != Fault::Stale;
+            QVERIFY(loud ? rack.incompleteShown() : rack.messages.messages.isEmpty());
+            if (loud || fault == Fault::Cut) QVERIFY(rack.disconnected());
+            if (fault == Fault::Stale) QVERIFY(rack.sim.rack.commands().isEmpty());
+            QVERIFY(press(rack.window->cmdStop));
+            QVERIFY(!IsMonitoring);
+            QVERIFY(rack.reconnects());
+        }
+    }
+
+    // An Upload cut short says nothing; the cyclic read after it finds the rack gone.
+    void upload_data() { addFaultRows(); }
+    void upload() {
+        QFETCH(Fault, fault);
+        ScannedRack rack;
+        CardView *view = openQF8(rack);
+        QVERIFY(view);
+        // The tick rests while the late reply is made, as when the selector has the focus.
+        CardSelFocus = true;
+        if (fault == Fault::Stale) QVERIFY(rack.leaveLateReply());
+        rack.sim.rack.slot(8).setItem("01", "42", "D1234");
+        rack.sim.rack.clearTranscript();
+
+        // Channel 4's zero scale: channels 1 to 3 are read before the fault.
+        LineWatch watch(rack.sim.rack, atNth("I48"), fault);
+        view->cmdUp->click();
+        CardSelFocus = false;
+        QVERIFY(QTest::qWaitFor([&] { return !view->UploadPending; }, 5000));
+        QVERIFY(watch.endedInTime());
+
+        if (fault == Fault::Stale) {
+            QVERIFY(!watch.sent.contains("I42"));
+            QVERIFY(view->field("txtZScale", 1)->text().isEmpty());
+        } else {
+            // Channel 1 was read before the fault, channel 8 after it.
+            QCOMPARE(view->field("txtZScale", 1)->text(), QString("1234"));
+            QCOMPARE(CardTable(8).Param(1), QString("1234"));
+            QVERIFY(view->field("txtZScale", 8)->text().isEmpty());
+        }
+        QVERIFY(QTest::qWaitFor([&] { return !IsConnected; }, 5000));
+        QVERIFY(rack.disconnected());
+        // A pulled line ends the session before the cycle can tell; otherwise the cycle says it.
+        QVERIFY(fault == Fault::Cut ? rack.messages.messages.isEmpty() : rack.incompleteShown());
+        QVERIFY(rack.reconnects());
+    }
+
+    // A Download cut short writes what it reached and leaves the rest of the card as it was.
+    void download_data() { addFaultRows(); }
+    void download() {
+        QFETCH(Fault, fault);
+        ScannedRack rack;
+        CardView *view = openQF8(rack);
+        QVERIFY(view);
+        CardSelFocus = true;
+        if (fault == Fault::Stale) QVERIFY(rack.leaveLateReply());
+        for (int ch = 1; ch <= 8; ++ch)
+            view->field("txtZScale", ch)->setText("777");
+        rack.sim.rack.clearTranscript();
+
+        // Channel 3's zero scale: channels 1 and 2 are written before the fault.
+        LineWatch watch(rack.sim.rack, atNth("I46"), fault);
+        view->cmdDown->click();
+        CardSelFocus = false;
+        QVERIFY(QTest::qWaitFor([&] { return !view->DownloadPending; }, 5000));
+        QVERIFY(watch.endedInTime());
+
+        const SimCard &card = rack.sim.rack.slot(8);
+        QCOMPARE(card.groups["01"]["42"], fault == Fault::Stale ? QString("D0") : QString("D777"));
+        QCOMPARE(card.groups["01"]["56"], QString("D0"));
+        // The fields keep what the user typed.
+        QCOMPARE(view->field("txtZScale", 8)->text(), QString("777"));
+        QVERIFY(QTest::qWaitFor([&] { return !IsConnected; }, 5000));
+        QVERIFY(rack.disconnected());
+        QVERIFY(fault == Fault::Cut ? rack.messages.messages.isEmpty() : rack.incompleteShown());
+        QVERIFY(rack.reconnects());
+    }
+
+    void cleanup() { CardSelFocus = false; }
+};
+
+VX_TEST(FaultTest)
+#include "tst_faults.moc"
