@@ -5,17 +5,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-# What the build needs, installed when missing (Debian 12).
-missing=()
-for p in qt6-base-dev qt6-serialport-dev cmake g++ ninja-build; do
-    dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
-done
-if [ ${#missing[@]} -gt 0 ]; then
-    sudo=""
-    [ "$(id -u)" -eq 0 ] || sudo="sudo"
-    $sudo apt-get update -qq
-    DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq "${missing[@]}" >/dev/null
-fi
+bash scripts/install-packages.sh qt6-base-dev qt6-serialport-dev cmake g++ ninja-build
 
 build=${VXCFG_ASAN_DIR:-build-asan}
 jobs=${VXCFG_JOBS:-2}
