@@ -274,6 +274,22 @@ private slots:
         QVERIFY(rack.reconnects());
     }
 
+    // An adapter pulled while nothing runs, or between two polls of a view: the lamp goes out at
+    // once, and the view does not then report a failure for a session that has already ended.
+    void pulledWhileIdle() {
+        for (const bool inView : {false, true}) {
+            ScannedRack rack;
+            CardView *view = inView ? openQF8(rack) : nullptr;
+            QVERIFY(!inView || view);
+            rack.sim.line->cut();
+            QVERIFY(QTest::qWaitFor([] { return !IsConnected; }, 2000));
+            QVERIFY(rack.disconnected());
+            QTest::qWait(50);
+            QVERIFY(rack.messages.messages.isEmpty());
+            QVERIFY(rack.reconnects());
+        }
+    }
+
     void cleanup() { CardSelFocus = false; }
 };
 
