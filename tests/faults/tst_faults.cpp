@@ -147,6 +147,32 @@ CardView *openQF8(ScannedRack &rack) {
     return view;
 }
 
+// Asks the view for an Upload or a Download (`pending`) with the fault armed at the first
+// `armLine`, and waits for it to be done. The tick rests while the late reply is made and the
+// request set, as it does while the selector has the focus. Null when the request did not end
+// within its step limits.
+std::unique_ptr<LineWatch> runRequest(ScannedRack &rack, CardView *view, Fault fault,
+                                      bool CardView::*pending, const QString &armLine) {
+    CardSelFocus = true;
+    if (fault == Fault::Stale && !rack.leaveLateReply()) return nullptr;
+    rack.sim.rack.clearTranscript();
+    auto watch = std::make_unique<LineWatch>(rack.sim.rack, atNth(armLine), fault);
+    (pending == &CardView::UploadPending ? view->cmdUp : view->cmdDown)->click();
+    CardSelFocus = false;
+    if (!QTest::qWaitFor([&] { return !(view->*pending); }, 5000) || !watch->endedInTime())
+        return nullptr;
+    return watch;
+}
+
+// After a request cut short the view's next cyclic read finds the rack gone, says so and ends
+// the session; a pulled line has ended it already, and then nothing more is said.
+bool cycleEndsTheSession(ScannedRack &rack, Fault fault) {
+    if (!QTest::qWaitFor([] { return !IsConnected; }, 5000) || !rack.disconnected()) return false;
+    const bool said =
+        fault == Fault::Cut ? rack.messages.messages.isEmpty() : rack.incompleteShown();
+    return said && rack.reconnects();
+}
+
 } // namespace
 
 class FaultTest : public QObject {
@@ -214,33 +240,20 @@ private slots:
         ScannedRack rack;
         CardView *view = openQF8(rack);
         QVERIFY(view);
-        // The tick rests while the late reply is made, as when the selector has the focus.
-        CardSelFocus = true;
-        if (fault == Fault::Stale) QVERIFY(rack.leaveLateReply());
         rack.sim.rack.slot(8).setItem("01", "42", "D1234");
-        rack.sim.rack.clearTranscript();
-
         // Channel 4's zero scale: channels 1 to 3 are read before the fault.
-        LineWatch watch(rack.sim.rack, atNth("I48"), fault);
-        view->cmdUp->click();
-        CardSelFocus = false;
-        QVERIFY(QTest::qWaitFor([&] { return !view->UploadPending; }, 5000));
-        QVERIFY(watch.endedInTime());
+        const auto watch = runRequest(rack, view, fault, &CardView::UploadPending, "I48");
+        QVERIFY(watch);
 
         if (fault == Fault::Stale) {
-            QVERIFY(!watch.sent.contains("I42"));
+            QVERIFY(!watch->sent.contains("I42"));
             QVERIFY(view->field("txtZScale", 1)->text().isEmpty());
         } else {
-            // Channel 1 was read before the fault, channel 8 after it.
             QCOMPARE(view->field("txtZScale", 1)->text(), QString("1234"));
             QCOMPARE(CardTable(8).Param(1), QString("1234"));
             QVERIFY(view->field("txtZScale", 8)->text().isEmpty());
         }
-        QVERIFY(QTest::qWaitFor([&] { return !IsConnected; }, 5000));
-        QVERIFY(rack.disconnected());
-        // A pulled line ends the session before the cycle can tell; otherwise the cycle says it.
-        QVERIFY(fault == Fault::Cut ? rack.messages.messages.isEmpty() : rack.incompleteShown());
-        QVERIFY(rack.reconnects());
+        QVERIFY(cycleEndsTheSession(rack, fault));
     }
 
     // A Download cut short writes what it reached and leaves the rest of the card as it was.
@@ -250,28 +263,17 @@ private slots:
         ScannedRack rack;
         CardView *view = openQF8(rack);
         QVERIFY(view);
-        CardSelFocus = true;
-        if (fault == Fault::Stale) QVERIFY(rack.leaveLateReply());
         for (int ch = 1; ch <= 8; ++ch)
             view->field("txtZScale", ch)->setText("777");
-        rack.sim.rack.clearTranscript();
-
         // Channel 3's zero scale: channels 1 and 2 are written before the fault.
-        LineWatch watch(rack.sim.rack, atNth("I46"), fault);
-        view->cmdDown->click();
-        CardSelFocus = false;
-        QVERIFY(QTest::qWaitFor([&] { return !view->DownloadPending; }, 5000));
-        QVERIFY(watch.endedInTime());
+        QVERIFY(runRequest(rack, view, fault, &CardView::DownloadPending, "I46"));
 
         const SimCard &card = rack.sim.rack.slot(8);
         QCOMPARE(card.groups["01"]["42"], fault == Fault::Stale ? QString("D0") : QString("D777"));
         QCOMPARE(card.groups["01"]["56"], QString("D0"));
         // The fields keep what the user typed.
         QCOMPARE(view->field("txtZScale", 8)->text(), QString("777"));
-        QVERIFY(QTest::qWaitFor([&] { return !IsConnected; }, 5000));
-        QVERIFY(rack.disconnected());
-        QVERIFY(fault == Fault::Cut ? rack.messages.messages.isEmpty() : rack.incompleteShown());
-        QVERIFY(rack.reconnects());
+        QVERIFY(cycleEndsTheSession(rack, fault));
     }
 
     // An adapter pulled while nothing runs, or between two polls of a view: the lamp goes out at
