@@ -13,6 +13,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QTest>
+#include <QTimer>
 
 using vxtest::Desk;
 using vxtest::pickCard;
@@ -290,6 +291,21 @@ private slots:
             QVERIFY(rack.messages.messages.isEmpty());
             QVERIFY(rack.reconnects());
         }
+    }
+
+    // A line that never stops chattering without a CR: each chunk wakes the step, none ends it,
+    // and the step limit still does.
+    void endlessChatterEndsAtTheStepLimit() {
+        vxtest::SimSession session(10); // a 300 ms limit
+        session.rack.addFault({SimFault::NoReply, QString(), -1});
+        QTimer chatter;
+        QObject::connect(&chatter, &QTimer::timeout, [&] { session.line->inject("x"); });
+        chatter.start(1);
+        QElapsedTimer clock;
+        clock.start();
+        QCOMPARE(SendLine("G00\r"), QString());
+        QVERIFY2(clock.elapsed() >= 290 && clock.elapsed() < 800,
+                 qPrintable(QString::number(clock.elapsed())));
     }
 
     void cleanup() { CardSelFocus = false; }
