@@ -137,27 +137,31 @@ QWidget *FrmVxCfg::buildPanel() {
     unit->addWidget(cmdOverView);
     column->addWidget(fraUnit);
 
-    Frame1 = MakeFrame(panel, "Frame1", QStringLiteral("Com. Card"));
-    auto *comm = new QHBoxLayout(Frame1);
-    CmdUpload = MakeButton(Frame1, "CmdUpload", QStringLiteral("Upload"));
-    cmdComm = MakeButton(Frame1, "cmdComm", QStringLiteral("Setting"));
-    comm->addWidget(CmdUpload);
-    comm->addWidget(cmdComm);
-    column->addWidget(Frame1);
-
-    Frame2 = MakeFrame(panel, "Frame2", QStringLiteral("Monitoring"));
-    auto *monitoring = new QHBoxLayout(Frame2);
-    cmdStart = MakeButton(Frame2, "cmdStart", QStringLiteral("Start"));
-    cmdStop = MakeButton(Frame2, "cmdStop", QStringLiteral("Stop"));
-    monitoring->addWidget(cmdStart);
-    monitoring->addWidget(cmdStop);
-    column->addWidget(Frame2);
-
-    Frame3 = MakeFrame(panel, "Frame3", QStringLiteral("I/O Card DipSW"));
-    auto *dip = new QHBoxLayout(Frame3);
-    cmdSWcheck = MakeButton(Frame3, "cmdSWcheck", QStringLiteral("Check"));
-    dip->addWidget(cmdSWcheck);
-    column->addWidget(Frame3);
+    // The command frames: a titled row of buttons each.
+    struct ButtonPlace {
+        QPushButton *&button;
+        const char *name;
+        QString caption;
+    };
+    const auto buttonRow = [&](const char *frameName, const QString &title,
+                               std::initializer_list<ButtonPlace> buttons) {
+        QGroupBox *frame = MakeFrame(panel, frameName, title);
+        auto *row = new QHBoxLayout(frame);
+        for (const ButtonPlace &place : buttons) {
+            place.button = MakeButton(frame, place.name, place.caption);
+            row->addWidget(place.button);
+        }
+        column->addWidget(frame);
+        return frame;
+    };
+    Frame1 = buttonRow("Frame1", QStringLiteral("Com. Card"),
+                       {{CmdUpload, "CmdUpload", QStringLiteral("Upload")},
+                        {cmdComm, "cmdComm", QStringLiteral("Setting")}});
+    Frame2 = buttonRow("Frame2", QStringLiteral("Monitoring"),
+                       {{cmdStart, "cmdStart", QStringLiteral("Start")},
+                        {cmdStop, "cmdStop", QStringLiteral("Stop")}});
+    Frame3 = buttonRow("Frame3", QStringLiteral("I/O Card DipSW"),
+                       {{cmdSWcheck, "cmdSWcheck", QStringLiteral("Check")}});
 
     fraCmd = new QWidget(panel);
     fraCmd->setObjectName("fraCmd");
