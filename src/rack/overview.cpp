@@ -121,22 +121,19 @@ QWidget *FrmOverview::buildDataArea(Row &r, int slot) {
         lamp->move((ch - 1) * kLampStep + (ch - 1) / 8 * kByteGap, (kCellHeight - kLampHeight) / 2);
         r.lamps.at(static_cast<size_t>(ch - 1)) = lamp;
     }
-    const int valueWidth = kDataWidth / kValues;
-    for (int ch = 1; ch <= kValues; ++ch) {
-        QLabel *value =
-            cell(area, indexed(QStringLiteral("lblInputDataCh%1").arg(ch), slot), valueWidth);
-        value->setFixedWidth(valueWidth - kFieldGap);
-        value->move((ch - 1) * valueWidth, 0);
-        r.values.at(static_cast<size_t>(ch - 1)) = value;
-    }
-    const int wideWidth = kDataWidth / kWideValues;
-    for (int ch = 1; ch <= kWideValues; ++ch) {
-        QLabel *value =
-            cell(area, indexed(QStringLiteral("lblInputDataLCh%1").arg(ch), slot), wideWidth);
-        value->setFixedWidth(wideWidth - kFieldGap);
-        value->move((ch - 1) * wideWidth, 0);
-        r.wideValues.at(static_cast<size_t>(ch - 1)) = value;
-    }
+    // Value fields share the row's width evenly: 8 of them, or 4 wide ones in the same place.
+    const auto fields = [&](const char *control, auto &row) {
+        const int width = kDataWidth / int(row.size());
+        for (int ch = 1; ch <= int(row.size()); ++ch) {
+            QLabel *value =
+                cell(area, indexed(QLatin1String(control) + QString::number(ch), slot), width);
+            value->setFixedWidth(width - kFieldGap);
+            value->move((ch - 1) * width, 0);
+            row.at(static_cast<size_t>(ch - 1)) = value;
+        }
+    };
+    fields("lblInputDataCh", r.values);
+    fields("lblInputDataLCh", r.wideValues);
     return area;
 }
 
