@@ -1,24 +1,13 @@
-#include "support/testsupport.h"
+#include "app/desk.h"
 
-#include "app/frmvxcfg.h"
-#include "cardprofiles.h"
 #include "link/link.h"
-#include "rack/registry.h"
-#include "views/allviews.h"
-#include "views/common/viewregistry.h"
 #include "views/discrete/frmxf2.h"
 
-#include <QComboBox>
 #include <QFile>
 #include <QGroupBox>
-#include <QLineEdit>
-#include <QPushButton>
 #include <QTemporaryDir>
-#include <QTest>
-#include <QTimer>
 
 using vxtest::MessageRecorder;
-using vxtest::SimSession;
 
 namespace {
 
@@ -97,19 +86,11 @@ struct ToolBench {
 class SiblingToolTest : public QObject {
     Q_OBJECT
 private slots:
-    void commandLineForPortAndCard() {
-        StandInTool tool;
-        setSiblingToolPath(tool.path);
-        QVERIFY(SiblingToolCommandLine(12, 16).endsWith("VXCFG_TC  12 16"));
-        QVERIFY(SiblingToolCommandLine(1, 5).endsWith("VXCFG_TC  1 5"));
-        setSiblingToolPath(QString());
-        QVERIFY(SiblingToolPath().endsWith("VXCFG_TC"));
-    }
-
     void settingsRunTheToolWithThePortFree() {
         ToolBench bench;
         StandInTool tool;
         setSiblingToolPath(tool.path);
+        QVERIFY(SiblingToolCommandLine(12, 16).endsWith("VXCFG_TC  12 16"));
         bench.view->cmdSettings->click();
         QCOMPARE(tool.arguments(), (QStringList{"2", "12", "16"}));
         // Window hidden before the port closes, shown again only once it is open.
@@ -132,28 +113,15 @@ private slots:
     }
 
     void openingPollsNothing() {
-        SimSession session;
-        MessageRecorder messages;
-        FrmVxCfg window;
-        RegisterAllViews();
-        SimCard &card = session.rack.slot(11);
-        card.model = "XF2";
-        card.version = "3.02";
-        InstallProfile(card);
-        session.rack.refreshDirectory();
-        window.show();
-        IsConnected = true;
-        CardTable(11).CardName = "XF2";
-        window.cboCardNo->setCurrentIndex(11);
-        window.cboCardNo_Click();
-        auto *view = qobject_cast<FrmXF2 *>(LoadedView("frmXF2"));
+        vxtest::CardDesk rack("XF2", 11, "3.02");
+        auto *view = qobject_cast<FrmXF2 *>(rack.view);
         QVERIFY(view && view->isVisible());
         QVERIFY(view->findChild<QGroupBox *>("fraShowModel"));
         QVERIFY(!view->findChild<QPushButton *>("cmdUp"));
         QCOMPARE(view->txtVerNo->text(), QString("3.02"));
         QVERIFY(!view->WaitForTimer->isActive());
-        QVERIFY(!session.rack.commands().contains("I10"));
-        ClearViewRegistry();
+        QTest::qWait(20); // ticks would have polled by now on the shortened clock
+        QVERIFY(!rack.sent().contains("I10"));
     }
 };
 
