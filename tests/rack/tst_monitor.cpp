@@ -4,7 +4,6 @@
 #include "cardprofiles.h"
 #include "rack/monitor.h"
 #include "rack/overview.h"
-#include "views/common/overviewio.h"
 #include "views/common/viewregistry.h"
 
 #include <QLabel>
@@ -18,14 +17,10 @@ using vxtest::SimSession;
 
 namespace {
 
-// A card the monitor can address: group 01 answers, so the selection preamble goes through.
+// A card the monitor can address, named in the card table as a scan leaves it.
 SimCard &putCard(SimRack &rack, int slot, const QString &model) {
-    SimCard &card = rack.slot(slot);
-    card.model = model;
-    card.setItem("01", "01", "D1");
-    rack.refreshDirectory();
     CardTable(slot).CardName = model;
-    return card;
+    return vxtest::putCard(rack, slot, model);
 }
 
 // Every slot of the card table empty, as a scan of an empty rack leaves it.
@@ -35,14 +30,7 @@ void emptyTable() {
 }
 
 QStringList preamble(int slot) {
-    return {"G00", "I01", "DF", "G00", "I41", "D" + QString::number(slot), "G01", "I01", "D1"};
-}
-
-QStringList reads(const QString &group, const QStringList &items) {
-    QStringList lines;
-    for (const QString &item : items)
-        lines << "G" + group << "I" + item;
-    return lines;
+    return vxtest::preamble(slot, "01");
 }
 
 // The lamps first..last of a row as "1" red, "0" green, "." neutral, "?" anything else.
@@ -80,21 +68,6 @@ Layout layoutOf(int slot) {
         l.wide += Overview()->lblInputDataLCh(slot, ch)->isHidden() ? 0 : 1;
     return l;
 }
-
-// Stands in for a card view that draws and reads its own overview row.
-class OwnRowView : public QWidget, public OverviewRowIO {
-public:
-    void ShowChDataIO(int slot) override {
-        shown << slot;
-        Overview()->lblDIDataCh(slot, 17)->show();
-    }
-    bool setOverViewDataIO(int slot) override {
-        read << slot;
-        return answers;
-    }
-    QList<int> shown, read;
-    bool answers = true;
-};
 
 } // namespace
 
@@ -135,10 +108,11 @@ private slots:
         QVERIFY(ReadOverview());
         Link::removeTrafficObserver(watch);
 
-        QCOMPARE(s.rack.commands(),
-                 preamble(1) + reads("00", {"27"}) + preamble(2) + reads("01", {"06", "07"}) +
-                     preamble(3) + reads("00", {"27", "26", "26"}) + preamble(4) +
-                     reads("00", {"10"}) + preamble(5) + reads("00", {"10", "11"}));
+        QCOMPARE(s.rack.commands(), preamble(1) + vxtest::readLines("00", {"27"}) + preamble(2) +
+                                        vxtest::readLines("01", {"06", "07"}) + preamble(3) +
+                                        vxtest::readLines("00", {"27", "26", "26"}) + preamble(4) +
+                                        vxtest::readLines("00", {"10"}) + preamble(5) +
+                                        vxtest::readLines("00", {"10", "11"}));
         QCOMPARE(lampDuringRead, QString("........"));
         // Channel 1 is the word's lowest bit.
         QCOMPARE(lamps(1, 1, 8), QString("10100101"));
@@ -183,12 +157,14 @@ private slots:
         const QStringList items8 = {"10", "11", "12", "13", "14", "15", "16", "17"};
         const QStringList items4 = {"10", "11", "12", "13"};
         // A DTMOUT costs a retry of the read, as any failed attempt.
-        QCOMPARE(s.rack.commands(),
-                 preamble(1) + reads("00", {"10", "11", "11", "12", "13", "14", "15", "16", "17"}) +
-                     preamble(2) + reads("00", {"11", "12", "14", "15"}) + preamble(3) +
-                     reads("01", items8) + preamble(4) + reads("00", items8) + preamble(5) +
-                     reads("00", items8) + preamble(6) + reads("00", items4) + preamble(7) +
-                     reads("00", items4));
+        QCOMPARE(
+            s.rack.commands(),
+            preamble(1) +
+                vxtest::readLines("00", {"10", "11", "11", "12", "13", "14", "15", "16", "17"}) +
+                preamble(2) + vxtest::readLines("00", {"11", "12", "14", "15"}) + preamble(3) +
+                vxtest::readLines("01", items8) + preamble(4) + vxtest::readLines("00", items8) +
+                preamble(5) + vxtest::readLines("00", items8) + preamble(6) +
+                vxtest::readLines("00", items4) + preamble(7) + vxtest::readLines("00", items4));
         // "H": the dot goes, then only the part in front of a comma shows; a refusal shows.
         QCOMPARE(values(1, 4), QStringList({"15", "CNG", "725", "NEEDLESS"}));
         // XHK2 keeps the dot.
@@ -284,33 +260,6 @@ private slots:
             QCOMPARE(values(2, 4).last(), QString("30"));
             QVERIFY(m.messages.isEmpty());
         }
-    }
-
-    void cardsDrawingTheirOwnRow() {
-        SimSession s;
-        MessageRecorder m;
-        emptyTable();
-        IsConnected = true;
-        putCard(s.rack, 1, "QTC16");
-        putCard(s.rack, 2, "XC8");
-        // Without their views the rows stay blank and nothing is read beyond the preamble.
-        ShowChData("QTC16", 1);
-        QCOMPARE(layoutOf(1), Layout{});
-        QVERIFY(ReadOverview());
-        QCOMPARE(s.rack.commands(), preamble(1) + preamble(2));
-
-        auto *qtc = new OwnRowView;
-        RegisterView("frmQTC16", [qtc] { return qtc; });
-        ShowChData("QTC16", 1);
-        QCOMPARE(qtc->shown, QList<int>({1}));
-        QCOMPARE(layoutOf(1), (Layout{1, 0, 0}));
-        QVERIFY(ReadOverview());
-        QCOMPARE(qtc->read, QList<int>({1}));
-        // Its failed read ends the pass as a discrete one does.
-        qtc->answers = false;
-        QVERIFY(!ReadOverview());
-        QCOMPARE(m.messages.size(), 1);
-        QVERIFY(!IsConnected);
     }
 };
 VX_TEST(MonitorPassTest)

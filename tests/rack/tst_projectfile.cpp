@@ -8,11 +8,6 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#ifdef Q_OS_UNIX
-#include <csignal>
-#include <sys/resource.h>
-#endif
-
 using vxtest::MessageRecorder;
 
 namespace {
@@ -136,8 +131,6 @@ private slots:
             SaveProjectFile();
             QCOMPARE(answer.requests.size(), 1);
             QVERIFY(answer.requests.first().save);
-            QCOMPARE(answer.requests.first().filter,
-                     QString("uJx Files (*.uJx);;Text Files (*.txt);;All Files (*)"));
         }
         QVERIFY(recorder.messages.isEmpty());
 
@@ -145,10 +138,6 @@ private slots:
         const QList<QByteArray> lines = bytes.split('\n');
         QCOMPARE(lines.size(), kRecords + 1); // the last CR LF leaves an empty tail
         QVERIFY(lines.last().isEmpty());
-        for (int i = 0; i < kRecords; ++i) {
-            QVERIFY2(lines.at(i).endsWith('\r'), qPrintable(QString::number(i)));
-            QVERIFY(lines.at(i).startsWith('"'));
-        }
         // Record 3 as it must stand on disk, spelled out.
         QVERIFY(lines.at(2).startsWith("\"QT3\",\"0.03\",\"r3 p1\",\"r3 p2\",\"r3 p3\",\"r3 p4\","
                                        "\"0,5\",\" 12.5 \",\"" +
@@ -166,7 +155,6 @@ private slots:
             OpenProjectFile();
             QCOMPARE(answer.requests.size(), 1);
             QVERIFY(!answer.requests.first().save);
-            QCOMPARE(answer.requests.first().filter, ProjectFile::FileFilter());
         }
         QVERIFY(recorder.messages.isEmpty());
         QVERIFY(FileLoaded);
@@ -231,24 +219,20 @@ private slots:
         QTest::addColumn<QString>("p33");
         QTest::addColumn<QString>("p34");
         QTest::addColumn<bool>("expanded");
-        QTest::newRow("QF16 old") << "QF16"
-                                  << ""
-                                  << "" << true;
-        QTest::newRow("QG1 family old") << "QG18A"
-                                        << ""
-                                        << "" << true;
-        QTest::newRow("QF16 with Param(33)") << "QF16"
-                                             << "x"
-                                             << "" << false;
-        QTest::newRow("QF16 with Param(34)") << "QF16"
-                                             << ""
-                                             << "y" << false;
-        QTest::newRow("other voltage card") << "QF4"
-                                            << ""
-                                            << "" << false;
-        QTest::newRow("name inside, not at start") << "XQF16"
-                                                   << ""
-                                                   << "" << false;
+        const struct {
+            const char *row, *name, *p33, *p34;
+            bool expanded;
+        } rows[] = {
+            {"QF16 old", "QF16", "", "", true},
+            {"QG1 family old", "QG18A", "", "", true},
+            {"QF16 with Param(33)", "QF16", "x", "", false},
+            {"QF16 with Param(34)", "QF16", "", "y", false},
+            {"other voltage card", "QF4", "", "", false},
+            {"name inside, not at start", "XQF16", "", "", false},
+        };
+        for (const auto &r : rows)
+            QTest::newRow(r.row) << QString(r.name) << QString(r.p33) << QString(r.p34)
+                                 << r.expanded;
     }
     void expansion() {
         QFETCH(QString, name);
@@ -313,7 +297,6 @@ private slots:
         const QList<QByteArray> good = handLines();
         QList<QByteArray> lines;
 
-        QTest::newRow("empty") << QByteArray() << "ends after 0 of the 17 lines";
         QTest::newRow("16 lines") << joined(good.mid(0, 16)) << "ends after 16 of the 17 lines";
         QTest::newRow("binary") << QByteArray("\x89PNG\r\n\x1a\n\0\0\0\rIHDR", 16) + joined(good)
                                 << "binary data";
@@ -323,10 +306,6 @@ private slots:
         lines[16] = lines[16].replace("\"17.5\"", "\"17\"5\"");
         QTest::newRow("quote inside a text, last line")
             << joined(lines) << "Line 17: field 7 has a double quote inside its text";
-        lines = good;
-        lines[8] = lines[8].replace("\"9.64\"", "9.\"64\"");
-        QTest::newRow("quote inside a bare field")
-            << joined(lines) << "Line 9: field 66 has a double quote inside its text";
         lines = good;
         lines[16] = lines[16].left(lines[16].size() - 4) + "\r\n";
         QTest::newRow("quote never closed")
@@ -383,20 +362,16 @@ private slots:
         QList<QByteArray> lines = good;
         QTest::newRow("LF line ends") << joined(good).replace("\r\n", "\n");
         QTest::newRow("no line end at the very end") << joined(good).chopped(2);
-        lines << "\"extra\",\"line\"\r\n"
-              << "garbage \" that is never read\r\n";
-        QTest::newRow("lines after the 17th") << joined(lines);
-        lines = good;
         for (QByteArray &l : lines)
             l = l.chopped(2) + ",\"83\",\"84\"\r\n";
-        QTest::newRow("fields after the 82nd") << joined(lines);
-        lines = good;
-        lines.insert(2, "\r\n");
-        lines.insert(9, "   \r\n");
-        QTest::newRow("blank lines") << joined(lines);
+        lines << "\"extra\",\"line\"\r\n"
+              << "garbage \" that is never read\r\n";
+        QTest::newRow("fields and lines beyond") << joined(lines);
         lines = good;
         lines[0] = lines[0].replace("\"1.1\",\"1.2\"", "  \"1.1\" ,\t1.2 ");
-        QTest::newRow("blanks and bare fields") << joined(lines);
+        lines.insert(2, "\r\n");
+        lines.insert(9, "   \r\n");
+        QTest::newRow("blank lines, blanks and bare fields") << joined(lines);
     }
     void accepted() {
         QFETCH(QByteArray, bytes);
@@ -447,7 +422,6 @@ private slots:
     void shortWrite_data() {
         QTest::addColumn<int>("failing");
         QTest::newRow("first line") << 1;
-        QTest::newRow("middle line") << 9;
         QTest::newRow("last line") << 17;
     }
     void shortWrite() {
@@ -465,39 +439,6 @@ private slots:
         if (QTest::currentTestFailed()) return;
         QVERIFY(recorder.messages.first().text.contains("Not all of the file"));
     }
-
-#ifdef Q_OS_UNIX
-    // A real file size limit: the kernel refuses the bytes past it, as a full disk would.
-    void fileSizeLimit() {
-        // Files may grow to `bytes` while it lives; past that a write fails instead of killing.
-        struct SizeLimit {
-            struct rlimit old {};
-            void (*oldHandler)(int) = SIG_DFL;
-            bool set = false;
-            explicit SizeLimit(rlim_t bytes) {
-                if (getrlimit(RLIMIT_FSIZE, &old) != 0) return;
-                oldHandler = std::signal(SIGXFSZ, SIG_IGN);
-                struct rlimit tight = old;
-                tight.rlim_cur = bytes;
-                set = setrlimit(RLIMIT_FSIZE, &tight) == 0;
-            }
-            ~SizeLimit() { release(); }
-            void release() {
-                if (!set) return;
-                setrlimit(RLIMIT_FSIZE, &old);
-                std::signal(SIGXFSZ, oldHandler);
-                set = false;
-            }
-        };
-        MessageRecorder recorder;
-        FileAnswer answer(m_path);
-        SizeLimit limit(1000);
-        QVERIFY(limit.set);
-        SaveProjectFile();
-        limit.release();
-        expectOldFileKept(recorder);
-    }
-#endif
 
     void textsTheFormatCannotHold_data() {
         QTest::addColumn<int>("record");

@@ -11,15 +11,9 @@
 
 using vxtest::Desk;
 using vxtest::press;
+using vxtest::putCard;
 
 namespace {
-
-SimCard &putCard(SimRack &rack, int slot, const QString &model) {
-    SimCard &card = rack.slot(slot);
-    card.model = model;
-    card.setItem("01", "01", "D1");
-    return card;
-}
 
 // Every slot item of the comm card's list from `first` to `last`, as the scan reads them.
 QStringList listReads(int first, int last) {
@@ -73,14 +67,10 @@ private slots:
         const QStringList scan =
             kCommPreamble + kScanHead + listReads(1, 3) + xduName + listReads(4, 16);
         const QStringList pass =
-            QStringList{"G00", "I01", "DF",  "G00", "I41", "D1",  "G01", "I01", "D1",
-                        "G00", "I10", "G00", "I11", "G00", "I12", "G00", "I13"} +
-            QStringList{"G00", "I01", "DF", "G00", "I41", "D3", "G01", "I01", "D1"};
-        QStringList expected = scan + pass;
-        for (int item = 10; item <= 17; ++item)
-            expected << "G01"
-                     << "I" + QString::number(item);
-        QCOMPARE(d.sim.rack.commands(), expected);
+            vxtest::preamble(1, "01") + vxtest::readLines("00", {"10", "11", "12", "13"}) +
+            vxtest::preamble(3, "01") +
+            vxtest::readLines("01", {"10", "11", "12", "13", "14", "15", "16", "17"});
+        QCOMPARE(d.sim.rack.commands(), scan + pass);
 
         QCOMPARE(CardTable(1).CardName, QString("QF4"));
         QCOMPARE(CardTable(2).CardName, QString("NONE"));

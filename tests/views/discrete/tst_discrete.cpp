@@ -253,9 +253,11 @@ private slots:
         QVERIFY(io->setOverViewDataIO(4));
         for (int ch : {1, 8, 17, 32})
             QCOMPARE(lamp(4, ch), NeutralLampColour());
-        // No reply: the overview is told, so it can end its pass.
+        // No reply: the overview is told, and its pass ends the session as for a discrete word.
         rack.sim.rack.addFault({SimFault::NoReply, "I18", -1, 0});
         QVERIFY(!io->setOverViewDataIO(4));
+        QVERIFY(!ReadOverview());
+        verifyIncomplete(rack);
     }
 };
 
