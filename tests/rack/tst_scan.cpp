@@ -120,10 +120,7 @@ private slots:
         QCOMPARE(commandsDuringScan, QString("-----------x"));
 
         QCOMPARE(d.messages.messages.size(), 1);
-        const People::Message &m = d.messages.messages.first();
-        QCOMPARE(m.text, QString("Uploading incomplete"));
-        QCOMPARE(m.title, QString("Uploading"));
-        QCOMPARE(m.icon, People::Icon::Stop);
+        QCOMPARE(d.messages.messages.first().text, QString("Uploading incomplete"));
         QVERIFY(!LoadingDialog()->isVisible());
         // The read of slot 5 went out four times, and then the list was left.
         const QStringList sent = d.sim.rack.commands();

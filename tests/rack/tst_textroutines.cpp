@@ -1,6 +1,5 @@
 #include "support/testsupport.h"
 
-#include "rack/limits.h"
 #include "rack/textroutines.h"
 
 #include <QAction>
@@ -171,30 +170,6 @@ private slots:
             QCOMPARE(RealTextValue(text), value);
     }
 
-    // The four limits hold their edges and no more, reached from the texts a user types.
-    void limits() {
-        const struct {
-            Limit limit;
-            const char *edge, *beyond;
-        } rows[] = {{ZeroScaleLimit, "32000", "32000.5"},
-                    {FullScaleLimit, "32000", "32000.5"},
-                    {ZeroAdjustLimit, "320.0", "320.01"},
-                    {FullAdjustLimit, "3.20000", "3.2000001"}};
-        for (const auto &r : rows) {
-            const QString edge = r.edge, beyond = r.beyond;
-            QVERIFY2(InRange(RealTextValue(edge), r.limit), r.edge);
-            QVERIFY2(InRange(RealTextValue("-" + edge), r.limit), r.edge);
-            QVERIFY2(!InRange(RealTextValue(beyond), r.limit), r.beyond);
-            QVERIFY2(!InRange(RealTextValue("-" + beyond), r.limit), r.beyond);
-            QVERIFY(InRange(RealTextValue("-"), r.limit));
-            for (double odd :
-                 {std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::infinity(),
-                  -std::numeric_limits<double>::infinity()})
-                QVERIFY(!InRange(odd, r.limit));
-        }
-        QVERIFY(!InRange(RealTextValue("320"), FullAdjustLimit));
-    }
-
     void addressSplit_data() {
         QTest::addColumn<QString>("text");
         QTest::addColumn<QStringList>("parts");
@@ -256,51 +231,13 @@ class KeyFilterTest : public QObject {
 private slots:
     void cleanup() { QApplication::clipboard()->clear(); }
 
-    // What each filter lets through at the start of an empty field; it only judges, never edits.
-    void charactersEachFilterTakes() {
-        const QString candidates = QString("0129.-+a ") + QChar(kBackspaceKey) + QChar(13);
-        const char *passes[] = {"0129.-\b", "0129-\b", "0129.\b", "01\b"};
-        for (int i = 0; i < 4; ++i)
-            for (QChar c : candidates) {
-                QLineEdit box;
-                int key = c.unicode();
-                kFilters[i].filter(&box, key);
-                const bool pass = QString(passes[i]).contains(c);
-                QVERIFY2(key == (pass ? int(c.unicode()) : 0),
-                         qPrintable(QString("%1 %2").arg(kFilters[i].name).arg(int(c.unicode()))));
-                QVERIFY(box.text().isEmpty());
-            }
-    }
-
-    // A "-" only where it becomes the first character; a second dot is the range test's to judge.
-    void placeOfMinusAndDot() {
-        const struct {
-            const char *text;
-            int cursor;
-            char key;
-            bool passes;
-        } rows[] = {{"12", 0, '-', true},
-                    {"12", 1, '-', false},
-                    {"12", 2, '-', false},
-                    {"-12", 0, '-', false},
-                    {"1.5", 3, '.', true}};
-        for (KeyFilter filter : {KeyReal, KeyInt})
-            for (const auto &r : rows) {
-                if (filter == KeyInt && r.key == '.') continue;
-                QLineEdit box(r.text);
-                box.setCursorPosition(r.cursor);
-                int key = r.key;
-                filter(&box, key);
-                QVERIFY2(key == (r.passes ? r.key : 0), r.text);
-            }
-        // With a selection the character lands at its start, which is where the rule looks.
+    // A single key over a selection: the "-" lands at the selection's start, which is where the
+    // rule looks, and a text that begins with "-" takes no second one.
+    void minusOverASelection() {
         QLineEdit box("12");
-        box.setSelection(2, -2); // selected from the end back to 0: the cursor stands at 0
+        box.selectAll(); // the cursor stands at the end, the selection starts at 0
         int key = '-';
         KeyInt(&box, key);
-        QCOMPARE(key, int('-'));
-        box.selectAll(); // the cursor stands at the end, the selection starts at 0
-        KeyReal(&box, key);
         QCOMPARE(key, int('-'));
         box.setSelection(1, 1);
         KeyReal(&box, key);
@@ -335,6 +272,7 @@ private slots:
             {"over part of the text", "paste", "KeyReal", "1234", 1, 2, "9.9", "19.94"},
             {"nothing passes keeps all", "paste", "KeyFlag", "101", 0, 3, "abc", "101"},
             {"positive real", "paste", "KeyPosReal", "", 0, 0, "-1.5e3", "1.53"},
+            {"second dot left to the syntax test", "paste", "KeyReal", "", 0, 0, "1.2.3", "1.2.3"},
             {"flag lines", "paste", "KeyFlag", "", 0, 0, "1 0\n1", "101"},
             // Control characters pass no filter as text, though backspace passes as a key.
             {"pasted backspace", "paste", "KeyReal", "", 0, 0, "1\b2", "12"},

@@ -7,6 +7,8 @@
 #include <QLabel>
 #include <QTemporaryDir>
 
+#include <array>
+
 using vxtest::CardDesk;
 using vxtest::preamble;
 using vxtest::writeLines;
@@ -72,18 +74,14 @@ private slots:
         QTest::addColumn<QString>("control");
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("message");
-        QTest::newRow("zero scale") << "txtZScale"
-                                    << "32001"
-                                    << "Zero Scale:Incorrect settings";
-        QTest::newRow("full scale") << "txtFScale"
-                                    << "-32000.5"
-                                    << "Full Scale:Incorrect settings";
-        QTest::newRow("zero adjust") << "txtBias"
-                                     << "320.1"
-                                     << "Zero Adjust:Incorrect settings";
-        QTest::newRow("full adjust") << "txtGain"
-                                     << "3.3"
-                                     << "Full Adjust:Incorrect settings";
+        const QList<std::array<const char *, 3>> rows = {
+            {"txtZScale", "32001", "Zero Scale:Incorrect settings"},
+            {"txtFScale", "-32000.5", "Full Scale:Incorrect settings"},
+            {"txtBias", "320.1", "Zero Adjust:Incorrect settings"},
+            {"txtGain", "3.3", "Full Adjust:Incorrect settings"},
+        };
+        for (const auto &[control, text, message] : rows)
+            QTest::newRow(control) << QString(control) << QString(text) << QString(message);
     }
     void rangeFailureSendsNothing() {
         QFETCH(QString, control);
