@@ -41,7 +41,6 @@ private slots:
         QCOMPARE(d.window->lblComPortNo->text(), QString("COM3"));
         QCOMPARE(d.window->lblConStatus->text(), QString("Connected"));
         QCOMPARE(BackColor(d.window->shpLamp), kGreen);
-        QCOMPARE(d.window->cmdSpecialSetting->text(), QString("Ethernet Setting"));
         QVERIFY(d.messages.messages.isEmpty());
         // The scan is the user's to start: nothing was read of the slots.
         QVERIFY(CardTable(1).CardName.isEmpty());

@@ -13,7 +13,6 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <csignal>
 #include <sys/resource.h>
 
 namespace {
@@ -164,23 +163,6 @@ private slots:
         Clock::setDivisor(20);
         QCOMPARE(ReadData(1, "01", "01"), QString());
         QCOMPARE(ReadData(1, "01", "01"), demoAnswer({"G01", "I01"}).mid(1));
-    }
-
-    void stopSignalsRemoveTheLink_data() {
-        QTest::addColumn<int>("signal");
-        QTest::newRow("SIGTERM") << int(SIGTERM);
-        QTest::newRow("SIGINT") << int(SIGINT);
-    }
-    void stopSignalsRemoveTheLink() {
-        QFETCH(int, signal);
-        SimProcess sim(5);
-        QVERIFY(sim.start());
-        QVERIFY(QFileInfo(sim.linkPath()).isSymLink());
-        ::kill(pid_t(sim.process.processId()), signal);
-        QVERIFY(sim.process.waitForFinished(10000));
-        QCOMPARE(sim.process.exitStatus(), QProcess::NormalExit);
-        QCOMPARE(sim.process.exitCode(), 0);
-        QVERIFY(!QFileInfo(sim.linkPath()).isSymLink());
     }
 
     void killedSimulatorUnplugsThePort() {

@@ -130,16 +130,6 @@ private slots:
         QCOMPARE(ReadData(0, "00", "40"), QString("VER:1.00"));
     }
 
-    void replyWithoutCrEndsEmptyAtTheLimit() {
-        SimSession s(10); // a 300 ms limit: long enough to see the wait
-        s.rack.addFault({SimFault::NoCR, "G", 1, 0});
-        QElapsedTimer clock;
-        clock.start();
-        QCOMPARE(ReadDataOnce("00", "40"), QString());
-        QVERIFY2(clock.elapsed() >= 290, qPrintable(QString::number(clock.elapsed())));
-        QVERIFY(clock.elapsed() < 1500);
-    }
-
     void lateReplyBlocksUntilSomethingEmptiesTheBuffer() {
         SimSession s;
         s.rack.addFault({SimFault::Late, "I", 1, 2000});

@@ -6,8 +6,6 @@
 #include <QFile>
 #include <QTemporaryDir>
 
-using vxtest::MessageRecorder;
-
 namespace {
 
 // A line that remembers when it was closed and opened, and whether the main window was on the
@@ -55,29 +53,17 @@ struct StandInTool {
     }
 };
 
-// The main window with the XF2 view made, on a line that records its opening and closing.
-struct ToolBench {
-    MessageRecorder messages;
-    FrmVxCfg window;
+// The XF2 view opened on slot 16 of COM12, then the line swapped for one that records its
+// closing and opening.
+struct ToolBench : vxtest::CardDesk {
     RecordingLine *line = new RecordingLine;
-    FrmXF2 *view = nullptr;
+    FrmXF2 *xf2 = qobject_cast<FrmXF2 *>(view);
 
-    ToolBench() {
-        ResetModuleData();
-        RegisterAllViews();
-        Link::setPort(std::unique_ptr<SerialLine>(line));
-        window.show();
-        (void)QTest::qWaitForWindowActive(&window);
-        view = qobject_cast<FrmXF2 *>(ViewByName("frmXF2"));
-        view->build();
+    ToolBench() : CardDesk("XF2", 16) {
         ComPortNo = 12;
-        CardNo = 16;
+        Link::setPort(std::unique_ptr<SerialLine>(line));
     }
-    ~ToolBench() {
-        Link::setPort(nullptr);
-        setSiblingToolPath(QString());
-        ClearViewRegistry();
-    }
+    ~ToolBench() { setSiblingToolPath(QString()); }
 };
 
 } // namespace
@@ -90,11 +76,11 @@ private slots:
         StandInTool tool;
         setSiblingToolPath(tool.path);
         QVERIFY(SiblingToolCommandLine(12, 16).endsWith("VXCFG_TC  12 16"));
-        bench.view->cmdSettings->click();
+        bench.xf2->cmdSettings->click();
         QCOMPARE(tool.arguments(), (QStringList{"2", "12", "16"}));
         // Window hidden before the port closes, shown again only once it is open.
         QCOMPARE(bench.line->calls, (QStringList{"close hidden", "open 12 hidden"}));
-        QVERIFY(bench.window.isVisible());
+        QVERIFY(bench.window->isVisible());
         QVERIFY(bench.messages.messages.isEmpty());
     }
 
@@ -102,13 +88,13 @@ private slots:
         ToolBench bench;
         QTemporaryDir empty;
         setSiblingToolPath(empty.filePath("VXCFG_TC"));
-        bench.view->cmdSettings->click();
+        bench.xf2->cmdSettings->click();
         QCOMPARE(bench.messages.messages.size(), 1);
         QCOMPARE(bench.messages.messages[0].text, QString("Can't execute VXCFG_TC.exe"));
         QCOMPARE(bench.messages.messages[0].icon, People::Icon::Stop);
         QCOMPARE(bench.line->calls, (QStringList{"close hidden", "open 12 hidden"}));
         QVERIFY(bench.line->isOpen());
-        QVERIFY(bench.window.isVisible());
+        QVERIFY(bench.window->isVisible());
     }
 
     void openingPollsNothing() {
