@@ -4,14 +4,19 @@
 
 #include "app/frmcomport.h"
 #include "app/frmvxcfg.h"
+#include "cardprofiles.h"
+#include "rack/registry.h"
 #include "views/allviews.h"
+#include "views/common/cardview.h"
 #include "views/common/viewregistry.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QComboBox>
+#include <QLineEdit>
 #include <QMenu>
 #include <QPushButton>
+#include <QTest>
 #include <QTimer>
 #include <memory>
 
@@ -122,6 +127,49 @@ struct Desk {
         for (bool b : on)
             text += b ? QLatin1Char('x') : QLatin1Char('-');
         return text;
+    }
+};
+
+// The main window on a connected rack of one card, whose view was opened from the card selector
+// as a user opens it. The transcript starts after the opening.
+struct CardDesk : Desk {
+    int slot;
+    CardView *view = nullptr;
+
+    CardDesk(const QString &model, int slot, const QString &version = "1.07") : slot(slot) {
+        SimCard &card = sim.rack.slot(slot);
+        card.model = model;
+        card.version = version;
+        InstallProfile(card);
+        sim.rack.refreshDirectory();
+        sim.line->open(1);
+        (void)QTest::qWaitForWindowActive(window.get());
+        IsConnected = true;
+        for (int n = 1; n <= kSlots; ++n)
+            CardTable(n).CardName = "NONE";
+        CardTable(slot).CardName = model;
+        window->cboCardNo->setCurrentIndex(slot);
+        window->cboCardNo_Click();
+        view = qobject_cast<CardView *>(LoadedView(FormNameOfTag(SelFormName)));
+        sim.rack.clearTranscript();
+    }
+
+    QLineEdit *box(const QString &control, int ch) const { return view->field(control, ch); }
+    QStringList sent() const { return sim.rack.commands(); }
+
+    // Clicks a command of the view and waits until its worker has run and the cycle is back.
+    void runWorker(QPushButton *button) {
+        sim.rack.clearTranscript();
+        button->click();
+        QTRY_VERIFY(!view->UploadPending && !view->DownloadPending && sent().count("G00") >= 3);
+    }
+
+    // Every live item of the card answers `value`, tagged with its channel as the card tags it.
+    void answerAll(const QString &value) {
+        sim.rack.slot(slot).live = [value](const QString &, const QString &item,
+                                           qint64) -> std::optional<QString> {
+            return QStringLiteral("D%1:%2").arg(item.toInt() - 9).arg(value);
+        };
     }
 };
 

@@ -1,6 +1,5 @@
 #include "app/desk.h"
 
-#include "app/frmversion.h"
 #include "link/session.h"
 #include "rack/cardtable.h"
 #include "rack/overview.h"
@@ -8,7 +7,6 @@
 #include <QDialog>
 #include <QFocusEvent>
 #include <QLabel>
-#include <QMenuBar>
 #include <QTest>
 
 using vxtest::choose;
@@ -30,13 +28,6 @@ void finishScan(Desk &d, const QMap<int, QString> &names) {
 
 bool overviewShown() {
     return Overview()->isVisible();
-}
-
-QStringList menuTexts(QMenu *menu) {
-    QStringList texts;
-    for (QAction *a : menu->actions())
-        texts << (a->isSeparator() ? "-" : a->text());
-    return texts;
 }
 
 // A comm card dialog standing in for the real ones: records its start and is closed by the test.
@@ -69,36 +60,11 @@ class MainWindowTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void frameAndMenus() {
-        Desk d;
-        FrmVxCfg &w = *d.window;
-        QCOMPARE(MainWindow(), &w);
-        QCOMPARE(w.objectName(), QString("frmVxCfg"));
-        QCOMPARE(w.windowTitle(), QString("VXCFG"));
-        QCOMPARE(w.minimumSize(), w.maximumSize());
-        QVERIFY2(w.width() <= 1024 && w.height() + 40 <= 768,
-                 qPrintable(QStringLiteral("%1x%2").arg(w.width()).arg(w.height())));
-        QCOMPARE(menuTexts(w.mnuFiles), QStringList({"Open", "Save", "-", "Exit"}));
-        QCOMPARE(menuTexts(w.mnuConnect), QStringList({"Connect", "Disconnect"}));
-        QCOMPARE(menuTexts(w.mnuHelp), QStringList({"Version"}));
-        QCOMPARE(w.cboCardNo->count(), 17);
-        QCOMPARE(w.cboCardNo->itemText(0), QString("00:OverView"));
-        QCOMPARE(w.cboCardNo->itemText(9), QString("09:"));
-        QCOMPARE(w.cboCardNo->itemText(16), QString("16:"));
-        QCOMPARE(w.cboCardNo->maxVisibleItems(), 17);
-        QCOMPARE(w.cboCardNo->currentIndex(), 0);
-        QCOMPARE(w.lblConStatus->text(), QString("Disconnected"));
-        QVERIFY(w.fraCmd->isHidden());
-        QVERIFY(!CardSelectLock);
-        QCOMPARE(SelFormName, QString("Over"));
-        // The overview fills the work area on its own.
-        QVERIFY(overviewShown());
-        QCOMPARE(Overview()->parentWidget(), w.workArea());
-        QVERIFY(!d.sim.line->isOpen());
-    }
-
     void commandsThroughASession() {
         Desk d;
+        QCOMPARE(MainWindow(), d.window.get());
+        QCOMPARE(Overview()->parentWidget(), d.window->workArea());
+        QVERIFY(overviewShown());
         QCOMPARE(d.commands(), QString("--x--xx---x-")); // start
         QVERIFY(d.connect(1));
         QCOMPARE(d.commands(), QString("xxxx-xx----x")); // connected, first time
@@ -109,6 +75,11 @@ private slots:
         QVERIFY(LoadedView("frmNONE")->isVisible());
         QVERIFY(!overviewShown());
         QCOMPARE(SelFormName, QString("NONE"));
+        // A name no row knows leaves the screen as it is.
+        QVERIFY(vxtest::pickCard(*d.window, 4));
+        QCOMPARE(CardNo, 4);
+        QVERIFY(LoadedView("frmNONE")->isVisible());
+        QCOMPARE(d.commands(), QString("-----xx----x"));
 
         QVERIFY(press(d.window->cmdOverView));
         QCOMPARE(d.commands(), QString("xxxx-xx-xx-x")); // back: no DIP switch check
@@ -143,23 +114,6 @@ private slots:
         QCOMPARE(d.commands(), QString("-----xx-xx-x"));
         QVERIFY(vxtest::pickCard(*d.window, 0));
         QCOMPARE(d.commands(), QString("xxxx-xx-xx-x"));
-    }
-
-    void selectorWithAModelNobodyKnows() {
-        Desk d;
-        QVERIFY(d.connect(1));
-        finishScan(d, {{1, "XDU12342"}, {2, "H1C"}, {3, "NONE"}, {4, "ZZ9"}});
-        QCOMPARE(d.window->cboCardNo->itemText(1), QString("01:XDU1234/D(2)"));
-        QCOMPARE(d.window->cboCardNo->itemText(2), QString("02:H(12)"));
-        QCOMPARE(d.window->cboCardNo->itemText(4), QString("04:ZZ9"));
-        QCOMPARE(d.window->cboCardNo->itemText(5), QString("05:"));
-        QVERIFY(vxtest::pickCard(*d.window, 3));
-        // No row knows the name: the screen stays as it is.
-        QVERIFY(vxtest::pickCard(*d.window, 4));
-        QCOMPARE(CardNo, 4);
-        QVERIFY(LoadedView("frmNONE")->isVisible());
-        QCOMPARE(SelFormName, QString("NONE"));
-        QCOMPARE(d.commands(), QString("-----xx----x"));
     }
 
     void selectorFocusAndLock() {
@@ -212,31 +166,52 @@ private slots:
         QVERIFY(d.messages.messages.isEmpty());
     }
 
-    void specialSettingOpensItsDialog_data() {
+    // The comm card's name decides the caption of the special settings button and what a click
+    // on it opens.
+    void specialSetting_data() {
         QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("caption"); // empty: the panel is hidden
         QTest::addColumn<QString>("dialog");
         QTest::addColumn<bool>("ownStart");
         const struct {
-            const char *name, *dialog;
+            const char *name, *caption, *dialog;
             bool ownStart;
         } rows[] = {
-            {"VX-ZT1", "frmEther", false}, {"VX-HR1", "frmEther", false},
-            {"VX-ZB2", "frmZB", false},    {"VX-ZRV1F", "frmZRV1F", true},
-            {"VX-ZRV1", "frmZRV", true},   {"VX-ZQ1", "frmZQ", true},
-            {"VX-ZKFD1", "frmZKFD", true}, {"VX-HLINK3", "frmHLINK", true},
+            {"VX-ZT1", "Ethernet Setting", "frmEther", false},
+            {"ABCZT9", "Ethernet Setting", "frmEther", false},
+            {"VX-HR1", "Ethernet Setting", "frmEther", false},
+            {"VX-ZTKL1", "", "", false}, // its tail begins with "ZT" too
+            {"VX-ZB2A", "ZBx Setting", "frmZB", false},
+            {"VX-ZB3", "", "", false},
+            {"VX-ZRV1F", "ZRV Setting", "frmZRV1F", true},
+            {"VX-ZRV2", "ZRV Setting", "frmZRV", true},
+            {"VX-ZQ1", "ZQ1 Setting", "frmZQ", true},
+            {"VX-ZKFD1", "ZKFD1 Setting", "frmZKFD", true},
+            {"VX-ZKFD2", "", "", false},
+            {"VX-HLINK3", "HLINK Setting", "frmHLINK", true},
+            {"VX-zt1", "", "", false},
+            {"", "", "", false},
         };
         for (const auto &r : rows)
-            QTest::newRow(r.name) << QString(r.name) << QString(r.dialog) << r.ownStart;
+            QTest::newRow(*r.name ? r.name : "empty")
+                << QString(r.name) << QString(r.caption) << QString(r.dialog) << r.ownStart;
     }
-    void specialSettingOpensItsDialog() {
+    void specialSetting() {
         QFETCH(QString, name);
+        QFETCH(QString, caption);
         QFETCH(QString, dialog);
         QFETCH(bool, ownStart);
         Desk d;
         registerFakeDialogs();
-        d.sim.rack.comm().model = name;
-        d.sim.rack.refreshDirectory();
-        QVERIFY(d.connect(1));
+        // Start from a visible panel with another caption, so that both outcomes show.
+        SetSpecialButton("VX-HLINK");
+        QVERIFY(!d.window->fraCmd->isHidden());
+        CommCardName = name;
+        SetSpecialButton(name);
+        QCOMPARE(d.window->fraCmd->isHidden(), caption.isEmpty());
+        if (caption.isEmpty()) return;
+        QCOMPARE(d.window->cmdSpecialSetting->text(), caption);
+
         bool connectOff = false, buttonOn = true;
         QString opened;
         auto armed = vxtest::whenVisible(visibleFake, [&](QWidget *w) {
@@ -248,37 +223,28 @@ private slots:
         QVERIFY(press(d.window->cmdSpecialSetting));
         *armed = false;
         QCOMPARE(opened, dialog);
+        QVERIFY(!d.window->fraCmd->isHidden());
+        QVERIFY(d.window->mnuConnect->menuAction()->isEnabled());
         QVERIFY(connectOff);
         QCOMPARE(buttonOn, !ownStart);
         QCOMPARE(static_cast<FakeDialog *>(LoadedView(dialog))->started, QStringList({name}));
-        QVERIFY(d.window->mnuConnect->menuAction()->isEnabled());
-        QVERIFY(!d.window->fraCmd->isHidden());
     }
 
-    void specialSettingWithoutADialogHidesItsPanel() {
+    // A master card of the Ethernet family: the caption says so, but a click only hides.
+    void masterCardOpensNoDialog() {
         Desk d;
         registerFakeDialogs();
         QVERIFY(d.connect(1));
-        // A master card of the Ethernet family: the caption says so, the click only hides.
         IsMasterComm = true;
         SetSpecialButton(CommCardName);
         QCOMPARE(d.window->cmdSpecialSetting->text(), QString("Ethernet Setting"));
         QVERIFY(press(d.window->cmdSpecialSetting));
         QVERIFY(d.window->fraCmd->isHidden());
-        QVERIFY(!visibleFake());
         QVERIFY(!LoadedView("frmEther"));
         QVERIFY(d.window->mnuConnect->menuAction()->isEnabled());
-
-        // A "ZTKL" card has nothing to open, though its tail begins with "ZT".
-        IsMasterComm = false;
-        CommCardName = "VX-ZTKL1";
-        d.window->fraCmd->show();
-        d.window->cmdSpecialSetting_Click();
-        QVERIFY(d.window->fraCmd->isHidden());
-        QVERIFY(!LoadedView("frmEther"));
     }
 
-    void commSettingAndVersionDialogs() {
+    void commSettingDialog() {
         Desk d;
         registerFakeDialogs();
         QVERIFY(d.connect(1));
@@ -292,19 +258,6 @@ private slots:
         QVERIFY(connectOff);
         QVERIFY(LoadedView("frmComm"));
         QVERIFY(d.window->mnuConnect->menuAction()->isEnabled());
-
-        QString title, version;
-        armed = vxtest::whenVisible([] { return VersionDialog(); },
-                                    [&](QWidget *) {
-                                        title = VersionDialog()->windowTitle();
-                                        version = VersionDialog()->lblVersion->text();
-                                        VersionDialog()->cmdOK->click();
-                                    });
-        QVERIFY(choose(d.window->mnuHelpVersion));
-        *armed = false;
-        QCOMPARE(title, QString("Version VXCFG "));
-        QCOMPARE(version, QString("2.56.06"));
-        QVERIFY(!VersionDialog()->isVisible());
     }
 
     void exitAndCloseEndAtOnce() {
@@ -324,12 +277,6 @@ private slots:
             QCOMPARE(d.ended, 1);
             QVERIFY(!d.sim.line->isOpen());
             QVERIFY(d.sim.rack.commands().isEmpty());
-        }
-        {
-            Desk d; // nothing open: ending still works, and asks nothing
-            QVERIFY(choose(d.window->mnuFilesEnd));
-            QCOMPARE(d.ended, 1);
-            QVERIFY(d.messages.messages.isEmpty());
         }
     }
 };

@@ -41,9 +41,6 @@ private slots:
         QCOMPARE(d.window->lblComPortNo->text(), QString("COM3"));
         QCOMPARE(d.window->lblConStatus->text(), QString("Connected"));
         QCOMPARE(BackColor(d.window->shpLamp), kGreen);
-        QVERIFY(!d.window->fraCmd->isHidden());
-        QCOMPARE(d.window->cmdSpecialSetting->text(), QString("Ethernet Setting"));
-        QVERIFY(d.window->mnuConnect->menuAction()->isEnabled());
         QVERIFY(d.messages.messages.isEmpty());
         // The scan is the user's to start: nothing was read of the slots.
         QVERIFY(CardTable(1).CardName.isEmpty());
@@ -115,29 +112,6 @@ private slots:
         QVERIFY(d.window->mnuConnect->menuAction()->isEnabled());
     }
 
-    void portDialogStartsAtTheFirstPortEveryTime() {
-        Desk d;
-        QVERIFY(d.connect(5));
-        QVERIFY(choose(d.window->mnuConnectDisconnect));
-        int selected = -1;
-        int entries = 0;
-        QString first, last;
-        bool connectMenuOff = false;
-        QVERIFY(d.connect(2, "OK", [&](FrmComPort *dialog) {
-            selected = dialog->combBPS->currentIndex();
-            entries = dialog->combBPS->count();
-            first = dialog->combBPS->itemText(0);
-            last = dialog->combBPS->itemText(15);
-            connectMenuOff = !d.window->mnuConnect->menuAction()->isEnabled();
-        }));
-        QCOMPARE(selected, 0);
-        QCOMPARE(entries, 16);
-        QCOMPARE(first, QString("COM1"));
-        QCOMPARE(last, QString("COM16"));
-        QVERIFY(connectMenuOff);
-        QCOMPARE(ComPortNo, 2);
-    }
-
     void masterCommCard_data() {
         QTest::addColumn<QString>("model");
         QTest::addColumn<bool>("master");
@@ -166,7 +140,7 @@ private slots:
 
     void reconnectClearsTheCardTable() {
         Desk d;
-        QVERIFY(d.connect(1));
+        QVERIFY(d.connect(5));
         CardTable(3).CardName = "QF4";
         CardTable(3).VerNo = "1.20";
         CardTable(3).Param(7) = "500";
@@ -175,7 +149,16 @@ private slots:
         QVERIFY(choose(d.window->mnuConnectDisconnect));
         // A disconnect leaves the table alone.
         QCOMPARE(CardTable(3).CardName, QString("QF4"));
-        QVERIFY(d.connect(1));
+        // The port dialog starts at the first port again, with "Connect" off while it is up.
+        int selected = -1;
+        bool connectMenuOff = false;
+        QVERIFY(d.connect(2, "OK", [&](FrmComPort *dialog) {
+            selected = dialog->combBPS->currentIndex();
+            connectMenuOff = !d.window->mnuConnect->menuAction()->isEnabled();
+        }));
+        QCOMPARE(selected, 0);
+        QVERIFY(connectMenuOff);
+        QCOMPARE(ComPortNo, 2);
         QCOMPARE(CardTable(3).CardName, QString());
         QCOMPARE(CardTable(3).Param(7), QString());
         QCOMPARE(CardTable(17).ChParam(2), QString());
@@ -214,42 +197,6 @@ private slots:
         QVERIFY(!d.sim.line->isOpen());
         QVERIFY(!IntervalTimerEnabled());
         QVERIFY(!d.window->WaitForTimer->isActive());
-    }
-
-    void specialButton_data() {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("caption"); // empty: the panel is hidden
-        const QList<std::pair<const char *, const char *>> rows = {
-            {"VX-ZTKL1", ""},
-            {"VX-ZT1", "Ethernet Setting"},
-            {"ABCZT9", "Ethernet Setting"},
-            {"VX-HR1", "Ethernet Setting"},
-            {"ZOKAR2", "Ethernet Setting"},
-            {"VX-ZB2A", "ZBx Setting"},
-            {"VX-ZB3", ""},
-            {"VX-ZRV1F", "ZRV Setting"},
-            {"VX-ZRV2", "ZRV Setting"},
-            {"VX-ZQ1", "ZQ1 Setting"},
-            {"VX-ZKFD1", "ZKFD1 Setting"},
-            {"VX-ZKFD2", ""},
-            {"VX-HLINK", "HLINK Setting"},
-            {"VX-zt1", ""},
-            {"VX-", ""},
-            {"", ""},
-        };
-        for (const auto &[name, caption] : rows)
-            QTest::newRow(*name ? name : "empty") << QString(name) << QString(caption);
-    }
-    void specialButton() {
-        QFETCH(QString, name);
-        QFETCH(QString, caption);
-        Desk d;
-        // Start from a visible panel with another caption, so that both outcomes show.
-        SetSpecialButton("VX-HLINK");
-        QVERIFY(!d.window->fraCmd->isHidden());
-        SetSpecialButton(name);
-        QCOMPARE(d.window->fraCmd->isHidden(), caption.isEmpty());
-        if (!caption.isEmpty()) QCOMPARE(d.window->cmdSpecialSetting->text(), caption);
     }
 };
 

@@ -13,7 +13,6 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <csignal>
 #include <sys/resource.h>
 
 namespace {
@@ -143,18 +142,12 @@ private slots:
             wire << line.section(' ', 1);
         QCOMPARE(wire.mid(0, 4), QStringList({"> G00", "< COK", "> I40", "< DVER:1.00"}));
         QCOMPARE(wire.mid(wire.size() - 4), QStringList({"> G01", "< COK", "> I01", "< D0"}));
-    }
 
-    // A user closes the port and opens it again, as Disconnect and Connect do.
-    void portOpensAgainAfterClose() {
-        SimProcess sim(11);
-        QVERIFY(sim.start());
-        SerialLine *line = openLine(sim);
-        const QString version = demoAnswer({"G00", "I40"}).mid(1);
-        for (int round = 0; round < 3; ++round) {
-            QVERIFY(line->open(sim.com));
-            QCOMPARE(ReadData(3, "00", "40"), version);
-            line->close();
+        // A user closes the port and opens it again, as Disconnect and Connect do.
+        for (int round = 0; round < 2; ++round) {
+            Link::port()->close();
+            QVERIFY(Link::port()->open(sim.com));
+            QCOMPARE(ReadData(3, "00", "40"), demoAnswer({"G00", "I40"}).mid(1));
         }
     }
 
@@ -170,42 +163,6 @@ private slots:
         Clock::setDivisor(20);
         QCOMPARE(ReadData(1, "01", "01"), QString());
         QCOMPARE(ReadData(1, "01", "01"), demoAnswer({"G01", "I01"}).mid(1));
-    }
-
-    void lineTimeAtNineSixHundredBaud() {
-        SimProcess sim(4);
-        QVERIFY(sim.start({"--baud"}));
-        openLine(sim);
-        QCOMPARE(ReadData(3, "00", "40"), demoAnswer({"G00", "I40"}).mid(1));
-        // "G00" CR, "COK" CR, "I40" CR and the version reply, 10 bits a byte at 9600 baud.
-        const int bytes = 4 + 4 + 4 + demoAnswer({"G00", "I40"}).size() + 1;
-        const double lineMs = bytes * 10 * 1000.0 / 9600;
-        const int runs = 5;
-        QElapsedTimer timer;
-        timer.start();
-        for (int i = 0; i < runs; ++i)
-            QVERIFY(!ReadData(3, "00", "40").isEmpty());
-        QVERIFY2(
-            timer.elapsed() >= qint64(runs * lineMs * 0.98),
-            qPrintable(
-                QString("%1 ms for %2 ms of line time").arg(timer.elapsed()).arg(runs * lineMs)));
-    }
-
-    void stopSignalsRemoveTheLink_data() {
-        QTest::addColumn<int>("signal");
-        QTest::newRow("SIGTERM") << int(SIGTERM);
-        QTest::newRow("SIGINT") << int(SIGINT);
-    }
-    void stopSignalsRemoveTheLink() {
-        QFETCH(int, signal);
-        SimProcess sim(5);
-        QVERIFY(sim.start());
-        QVERIFY(QFileInfo(sim.linkPath()).isSymLink());
-        ::kill(pid_t(sim.process.processId()), signal);
-        QVERIFY(sim.process.waitForFinished(10000));
-        QCOMPARE(sim.process.exitStatus(), QProcess::NormalExit);
-        QCOMPARE(sim.process.exitCode(), 0);
-        QVERIFY(!QFileInfo(sim.linkPath()).isSymLink());
     }
 
     void killedSimulatorUnplugsThePort() {
@@ -261,21 +218,6 @@ private slots:
         QVERIFY(QFile::link(stale.dir.filePath("gone"), stale.linkPath()));
         QVERIFY(stale.start());
         QCOMPARE(QFileInfo(stale.linkPath()).symLinkTarget(), stale.device);
-    }
-
-    void brokenRackFileStopsWithItsLine() {
-        SimProcess sim(10);
-        QFile rack(sim.dir.filePath("bad.rack"));
-        QVERIFY(rack.open(QIODevice::WriteOnly));
-        rack.write("[comm]\nmodel = VX-ZT1\n[slot 17]\nmodel = QF4\n");
-        rack.close();
-        sim.process.setArguments({"--rack", rack.fileName()});
-        sim.process.start();
-        QVERIFY(sim.process.waitForFinished(10000));
-        QCOMPARE(sim.process.exitCode(), 1);
-        const QString error = QString::fromLocal8Bit(sim.process.readAllStandardError());
-        QVERIFY2(error.contains("line 3"), qPrintable(error));
-        QVERIFY(!QFileInfo(sim.linkPath()).exists() && !QFileInfo(sim.linkPath()).isSymLink());
     }
 };
 

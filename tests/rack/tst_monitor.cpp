@@ -4,7 +4,6 @@
 #include "cardprofiles.h"
 #include "rack/monitor.h"
 #include "rack/overview.h"
-#include "views/common/overviewio.h"
 #include "views/common/viewregistry.h"
 
 #include <QLabel>
@@ -18,14 +17,10 @@ using vxtest::SimSession;
 
 namespace {
 
-// A card the monitor can address: group 01 answers, so the selection preamble goes through.
+// A card the monitor can address, named in the card table as a scan leaves it.
 SimCard &putCard(SimRack &rack, int slot, const QString &model) {
-    SimCard &card = rack.slot(slot);
-    card.model = model;
-    card.setItem("01", "01", "D1");
-    rack.refreshDirectory();
     CardTable(slot).CardName = model;
-    return card;
+    return vxtest::putCard(rack, slot, model);
 }
 
 // Every slot of the card table empty, as a scan of an empty rack leaves it.
@@ -35,14 +30,7 @@ void emptyTable() {
 }
 
 QStringList preamble(int slot) {
-    return {"G00", "I01", "DF", "G00", "I41", "D" + QString::number(slot), "G01", "I01", "D1"};
-}
-
-QStringList reads(const QString &group, const QStringList &items) {
-    QStringList lines;
-    for (const QString &item : items)
-        lines << "G" + group << "I" + item;
-    return lines;
+    return vxtest::preamble(slot, "01");
 }
 
 // The lamps first..last of a row as "1" red, "0" green, "." neutral, "?" anything else.
@@ -80,21 +68,6 @@ Layout layoutOf(int slot) {
         l.wide += Overview()->lblInputDataLCh(slot, ch)->isHidden() ? 0 : 1;
     return l;
 }
-
-// Stands in for a card view that draws and reads its own overview row.
-class OwnRowView : public QWidget, public OverviewRowIO {
-public:
-    void ShowChDataIO(int slot) override {
-        shown << slot;
-        Overview()->lblDIDataCh(slot, 17)->show();
-    }
-    bool setOverViewDataIO(int slot) override {
-        read << slot;
-        return answers;
-    }
-    QList<int> shown, read;
-    bool answers = true;
-};
 
 } // namespace
 
@@ -135,10 +108,11 @@ private slots:
         QVERIFY(ReadOverview());
         Link::removeTrafficObserver(watch);
 
-        QCOMPARE(s.rack.commands(),
-                 preamble(1) + reads("00", {"27"}) + preamble(2) + reads("01", {"06", "07"}) +
-                     preamble(3) + reads("00", {"27", "26", "26"}) + preamble(4) +
-                     reads("00", {"10"}) + preamble(5) + reads("00", {"10", "11"}));
+        QCOMPARE(s.rack.commands(), preamble(1) + vxtest::readLines("00", {"27"}) + preamble(2) +
+                                        vxtest::readLines("01", {"06", "07"}) + preamble(3) +
+                                        vxtest::readLines("00", {"27", "26", "26"}) + preamble(4) +
+                                        vxtest::readLines("00", {"10"}) + preamble(5) +
+                                        vxtest::readLines("00", {"10", "11"}));
         QCOMPARE(lampDuringRead, QString("........"));
         // Channel 1 is the word's lowest bit.
         QCOMPARE(lamps(1, 1, 8), QString("10100101"));
@@ -183,12 +157,14 @@ private slots:
         const QStringList items8 = {"10", "11", "12", "13", "14", "15", "16", "17"};
         const QStringList items4 = {"10", "11", "12", "13"};
         // A DTMOUT costs a retry of the read, as any failed attempt.
-        QCOMPARE(s.rack.commands(),
-                 preamble(1) + reads("00", {"10", "11", "11", "12", "13", "14", "15", "16", "17"}) +
-                     preamble(2) + reads("00", {"11", "12", "14", "15"}) + preamble(3) +
-                     reads("01", items8) + preamble(4) + reads("00", items8) + preamble(5) +
-                     reads("00", items8) + preamble(6) + reads("00", items4) + preamble(7) +
-                     reads("00", items4));
+        QCOMPARE(
+            s.rack.commands(),
+            preamble(1) +
+                vxtest::readLines("00", {"10", "11", "11", "12", "13", "14", "15", "16", "17"}) +
+                preamble(2) + vxtest::readLines("00", {"11", "12", "14", "15"}) + preamble(3) +
+                vxtest::readLines("01", items8) + preamble(4) + vxtest::readLines("00", items8) +
+                preamble(5) + vxtest::readLines("00", items8) + preamble(6) +
+                vxtest::readLines("00", items4) + preamble(7) + vxtest::readLines("00", items4));
         // "H": the dot goes, then only the part in front of a comma shows; a refusal shows.
         QCOMPARE(values(1, 4), QStringList({"15", "CNG", "725", "NEEDLESS"}));
         // XHK2 keeps the dot.
@@ -236,81 +212,20 @@ private slots:
         QCOMPARE(*asked, (QMap<QString, int>{{"10", 1}, {"11", 1}, {"12", 1}, {"13", 1}}));
     }
 
-    void failures() {
-        // The first write of a card gets no answer: the pass ends quietly, the link stays.
-        {
-            SimSession s;
-            MessageRecorder m;
-            emptyTable();
-            IsConnected = true;
-            putCard(s.rack, 2, "QF4");
-            s.rack.addFault({SimFault::NoReply, "", -1, 0});
-            QVERIFY(!ReadOverview());
-            QCOMPARE(s.rack.commands(), QStringList(4, "G00"));
-            QVERIFY(m.messages.isEmpty());
-            QVERIFY(IsConnected);
-            QVERIFY(s.line->isOpen());
-        }
-        // A discrete word does not come: the user is told and the session ends.
-        {
-            SimSession s;
-            MessageRecorder m;
-            emptyTable();
-            IsConnected = true;
-            putCard(s.rack, 1, "QT8");
-            putCard(s.rack, 2, "QF4");
-            s.rack.addFault({SimFault::NoReply, "I27", -1, 0});
-            QVERIFY(!ReadOverview());
-            QCOMPARE(m.messages.size(), 1);
-            QCOMPARE(m.messages.first().text, QString("Uploading incomplete"));
-            QCOMPARE(m.messages.first().title, QString("Uploading"));
-            QCOMPARE(m.messages.first().icon, People::Icon::Stop);
-            QVERIFY(!IsConnected);
-            QVERIFY(!s.line->isOpen());
-            QVERIFY(!s.rack.commands().contains("D2")); // slot 2 never addressed
-        }
-        // A value read that fails leaves its field empty and the pass goes on.
-        {
-            SimSession s;
-            MessageRecorder m;
-            emptyTable();
-            putCard(s.rack, 1, "QF4").setItem("00", "10", "D1:1.0");
-            putCard(s.rack, 2, "QF4").setItem("00", "13", "D4:3.0");
-            Overview()->lblInputDataCh(1, 2)->setText("old");
-            s.rack.addFault({SimFault::NoReply, "I11", -1, 0});
-            QVERIFY(ReadOverview());
-            // Items the card lacks answer with the word that says so.
-            QCOMPARE(values(1, 4), QStringList({"10", "", "NEEDLESS", "NEEDLESS"}));
-            QCOMPARE(values(2, 4).last(), QString("30"));
-            QVERIFY(m.messages.isEmpty());
-        }
-    }
-
-    void cardsDrawingTheirOwnRow() {
+    // A value read that fails leaves its field empty and the pass goes on.
+    void failedValueRead() {
         SimSession s;
         MessageRecorder m;
         emptyTable();
-        IsConnected = true;
-        putCard(s.rack, 1, "QTC16");
-        putCard(s.rack, 2, "XC8");
-        // Without their views the rows stay blank and nothing is read beyond the preamble.
-        ShowChData("QTC16", 1);
-        QCOMPARE(layoutOf(1), Layout{});
+        putCard(s.rack, 1, "QF4").setItem("00", "10", "D1:1.0");
+        putCard(s.rack, 2, "QF4").setItem("00", "13", "D4:3.0");
+        Overview()->lblInputDataCh(1, 2)->setText("old");
+        s.rack.addFault({SimFault::NoReply, "I11", -1, 0});
         QVERIFY(ReadOverview());
-        QCOMPARE(s.rack.commands(), preamble(1) + preamble(2));
-
-        auto *qtc = new OwnRowView;
-        RegisterView("frmQTC16", [qtc] { return qtc; });
-        ShowChData("QTC16", 1);
-        QCOMPARE(qtc->shown, QList<int>({1}));
-        QCOMPARE(layoutOf(1), (Layout{1, 0, 0}));
-        QVERIFY(ReadOverview());
-        QCOMPARE(qtc->read, QList<int>({1}));
-        // Its failed read ends the pass as a discrete one does.
-        qtc->answers = false;
-        QVERIFY(!ReadOverview());
-        QCOMPARE(m.messages.size(), 1);
-        QVERIFY(!IsConnected);
+        // Items the card lacks answer with the word that says so.
+        QCOMPARE(values(1, 4), QStringList({"10", "", "NEEDLESS", "NEEDLESS"}));
+        QCOMPARE(values(2, 4).last(), QString("30"));
+        QVERIFY(m.messages.isEmpty());
     }
 };
 VX_TEST(MonitorPassTest)
@@ -423,38 +338,38 @@ private slots:
         QVERIFY(d.messages.messages.isEmpty());
     }
 
-    void linkLostWhileMonitoring() {
-        Desk d;
-        d.sim.rack.slot(1).model = "QT8";
-        d.sim.rack.slot(1).setItem("00", "27", "D1:00FF");
-        d.sim.rack.refreshDirectory();
-        scanned(d);
-        afterPasses(2, [&] { d.sim.rack.addFault({SimFault::NoReply, "I27", -1, 0}); });
-        QVERIFY(press(d.window->cmdStart));
-        QCOMPARE(d.messages.messages.size(), 1);
-        QCOMPARE(d.messages.messages.first().text, QString("Uploading incomplete"));
-        QVERIFY(!IsConnected);
-        // "Stop" stays for the user to end the monitoring state.
-        QVERIFY(IsMonitoring);
-        QCOMPARE(d.commands(), QString("----x-----x-"));
-        QVERIFY(press(d.window->cmdStop));
-        QVERIFY(!IsMonitoring);
-        QVERIFY(!d.window->cmdStop->isEnabled());
+    // A pass that loses the rack at a discrete word tells the user and ends the session; one
+    // that loses it at a card's first write ends quietly. Either way "Stop" is left to the user.
+    void passLosesTheRack_data() {
+        QTest::addColumn<QString>("model");
+        QTest::addColumn<QString>("at");
+        QTest::addColumn<bool>("loud");
+        QTest::newRow("discrete word") << "QT8"
+                                       << "I27" << true;
+        QTest::newRow("first write") << "QF4"
+                                     << "G00" << false;
     }
-
-    void silentEndKeepsTheMonitoringState() {
+    void passLosesTheRack() {
+        QFETCH(QString, model);
+        QFETCH(QString, at);
+        QFETCH(bool, loud);
         Desk d;
-        d.sim.rack.slot(1).model = "QF4";
+        d.sim.rack.slot(1).model = model;
         InstallProfile(d.sim.rack.slot(1));
         d.sim.rack.refreshDirectory();
         scanned(d);
-        afterPasses(1, [&] { d.sim.rack.addFault({SimFault::NoReply, "G00", -1, 0}); });
+        afterPasses(2, [&] { d.sim.rack.addFault({SimFault::NoReply, at, -1, 0}); });
         QVERIFY(press(d.window->cmdStart));
-        QVERIFY(d.messages.messages.isEmpty());
-        QVERIFY(IsConnected);
-        QCOMPARE(d.commands(), QString("----x------x"));
+        QVERIFY(IsMonitoring);
+        QCOMPARE(d.messages.messages.size(), loud ? 1 : 0);
+        if (loud) QCOMPARE(d.messages.messages.first().text, QString("Uploading incomplete"));
+        QCOMPARE(IsConnected, !loud);
+        QCOMPARE(d.sim.line->isOpen(), !loud);
+        QCOMPARE(d.commands(), QString(loud ? "----x-----x-" : "----x------x"));
         QVERIFY(press(d.window->cmdStop));
-        QCOMPARE(d.commands(), QString("xxxx-xx-xx-x"));
+        QVERIFY(!IsMonitoring);
+        // "Stop" turns the commands on as ever; only the session's own items tell it has ended.
+        QCOMPARE(d.commands(), QString(loud ? "xxxx-xx-xxx-" : "xxxx-xx-xx-x"));
     }
 
     void emptyRackIdles() {

@@ -44,17 +44,12 @@ QList<int> everyCell() {
         all << c;
     return all;
 }
-QSet<int> allCells() {
-    const QList<int> all = everyCell();
-    return QSet<int>(all.begin(), all.end());
-}
 
 void putCard(SimRack &rack, int slot, const QString &model, const QString &version,
              const QString &dip) {
-    rack.slot(slot).model = model;
     rack.slot(slot).version = version;
     rack.slot(slot).dip = dip;
-    rack.refreshDirectory();
+    vxtest::putCard(rack, slot, model);
 }
 
 // Shows the dialog as the main window does and leaves it by "Exit" once `runs` reading runs are
@@ -80,18 +75,14 @@ void showAndLeaveAfter(int runs, const std::function<void()> &afterRun = {}) {
 
 // The commands of one reading run, for the rack's slots that hold a card.
 QStringList expectedRun(const QList<int> &cardSlots) {
-    QStringList wire{"G00", "I01", "DF", "G00", "I41", "D0", "G00", "I01", "DF"};
-    for (int i = 0; i < 16; ++i)
-        wire << "G00" << QString("I%1").arg(i + 10);
+    QStringList items;
+    for (int item = 10; item <= 25; ++item)
+        items << QString::number(item);
+    QStringList wire =
+        vxtest::preamble(0) + vxtest::writeLines("00", "01", "F") + vxtest::readLines("00", items);
     for (int slot : cardSlots)
-        wire << "G00"
-             << "I41" << QString("D%1").arg(slot) << "G00"
-             << "I01"
-             << "DF"
-             << "G00"
-             << "I40"
-             << "G00"
-             << "I39";
+        wire += vxtest::writeLines("00", "41", QString::number(slot)) +
+                vxtest::writeLines("00", "01", "F") + vxtest::readLines("00", {"40", "39"});
     return wire;
 }
 
@@ -103,24 +94,6 @@ class SWcheckTest : public QObject {
 
 private slots:
     void init() { Clock::setDivisor(100); }
-
-    void everyControlByItsName() {
-        QCOMPARE(form()->objectName(), QString("frmSWcheck"));
-        QCOMPARE(form()->windowTitle(), QString("I/O Card DipSW Check"));
-        QSet<QLineEdit *> cells;
-        for (int n = 0; n < 384; ++n)
-            cells << box(QString("txtCData(%1)").arg(n));
-        cells.remove(nullptr);
-        QCOMPARE(cells.size(), 384);
-        for (int i = 0; i < 16; ++i)
-            for (const char *name : {"txtName(%1)", "txtVersion(%1)", "txtSW(%1)"})
-                QVERIFY2(box(QString(name).arg(i)), qPrintable(QString(name).arg(i)));
-        QVERIFY(!box("txtName(16)"));
-        QCOMPARE(BackColor(box("txtCDataON")), QColor(0, 0, 0));
-        QCOMPARE(BackColor(box("txtCDataOFF")), QColor(255, 255, 255));
-        QCOMPARE(button("cmdUp")->text(), QString("Upload"));
-        QCOMPARE(button("cmdExit")->text(), QString("Exit"));
-    }
 
     void readingRunOnTheWire() {
         SimSession s;
@@ -152,7 +125,8 @@ private slots:
         putCard(s.rack, 2, "QV4", "1.00", "FF,FF,FF");
         putCard(s.rack, 5, "QF4", "1.00", "00,00,00");
         showAndLeaveAfter(1);
-        QCOMPARE(onCells(1), allCells());
+        const QList<int> all = everyCell();
+        QCOMPARE(onCells(1), QSet<int>(all.begin(), all.end()));
         s.rack.clearTranscript();
 
         int run = 0;
@@ -209,19 +183,18 @@ private slots:
         QTest::addColumn<QString>("before");
         QTest::addColumn<QString>("text");
         QTest::addColumn<QList<int>>("on");
-        QTest::newRow("01,00,80") << "00,00,00"
-                                  << "01,00,80" << QList<int>{0, 23};
-        QTest::newRow("high digit only") << "00,00,00"
-                                         << "F" << QList<int>{4, 5, 6, 7};
-        QTest::newRow("lower case leaves its cells") << "FF,FF,FF"
-                                                     << "0a,00,00" << QList<int>{0, 1, 2, 3};
-        QTest::newRow("empty text leaves all") << "FF,FF,FF"
-                                               << "" << everyCell();
-        QTest::newRow("positions, not commas")
-            << "00,00,00"
-            << "12345678" << QList<int>{1, 4, 8, 10, 14, 19, 20, 21, 22};
-        QTest::newRow("only hex digits count") << "00,00,00"
-                                               << "SW: 8,C " << QList<int>{11, 22, 23};
+        const struct {
+            const char *name, *before, *text;
+            QList<int> on;
+        } rows[] = {
+            {"high digit only", "00,00,00", "F", {4, 5, 6, 7}},
+            {"lower case leaves its cells", "FF,FF,FF", "0a,00,00", {0, 1, 2, 3}},
+            {"empty text leaves all", "FF,FF,FF", "", everyCell()},
+            {"positions, not commas", "00,00,00", "12345678", {1, 4, 8, 10, 14, 19, 20, 21, 22}},
+            {"only hex digits count", "00,00,00", "SW: 8,C ", {11, 22, 23}},
+        };
+        for (const auto &r : rows)
+            QTest::newRow(r.name) << QString(r.before) << QString(r.text) << r.on;
     }
     void drawFromASwitchText() {
         QFETCH(QString, before);

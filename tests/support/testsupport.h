@@ -23,6 +23,7 @@ int registerTest(Factory factory);
 #include "simrack.h"
 
 #include <QList>
+#include <QStringList>
 
 namespace vxtest {
 
@@ -63,5 +64,34 @@ struct SimSession {
     SimSession(const SimSession &) = delete;
     SimSession &operator=(const SimSession &) = delete;
 };
+
+// The three lines of a write: group, item and data.
+inline QStringList writeLines(const QString &group, const QString &item, const QString &data) {
+    return {"G" + group, "I" + item, "D" + data};
+}
+
+// The lines of reads of `items` in `group`, one after the other.
+inline QStringList readLines(const QString &group, const QStringList &items) {
+    QStringList lines;
+    for (const QString &item : items)
+        lines << "G" + group << "I" + item;
+    return lines;
+}
+
+// How a worker addresses a slot anew, with the opening write of `group` where one follows.
+inline QStringList preamble(int slot, const QString &group = QString()) {
+    QStringList lines = writeLines("00", "01", "F") + writeLines("00", "41", QString::number(slot));
+    if (!group.isEmpty()) lines += writeLines(group, "01", "1");
+    return lines;
+}
+
+// A card in `slot` that answers the opening of its group 01, so that a preamble goes through.
+inline SimCard &putCard(SimRack &rack, int slot, const QString &model) {
+    SimCard &card = rack.slot(slot);
+    card.model = model;
+    card.setItem("01", "01", "D1");
+    rack.refreshDirectory();
+    return card;
+}
 
 } // namespace vxtest

@@ -1,24 +1,10 @@
-#include "support/testsupport.h"
+#include "app/desk.h"
 
-#include "app/frmvxcfg.h"
-#include "cardprofiles.h"
 #include "link/link.h"
-#include "rack/registry.h"
-#include "views/allviews.h"
-#include "views/common/viewregistry.h"
 #include "views/discrete/frmxf2.h"
 
-#include <QComboBox>
 #include <QFile>
-#include <QGroupBox>
-#include <QLineEdit>
-#include <QPushButton>
 #include <QTemporaryDir>
-#include <QTest>
-#include <QTimer>
-
-using vxtest::MessageRecorder;
-using vxtest::SimSession;
 
 namespace {
 
@@ -67,29 +53,17 @@ struct StandInTool {
     }
 };
 
-// The main window with the XF2 view made, on a line that records its opening and closing.
-struct ToolBench {
-    MessageRecorder messages;
-    FrmVxCfg window;
+// The XF2 view opened on slot 16 of COM12, then the line swapped for one that records its
+// closing and opening.
+struct ToolBench : vxtest::CardDesk {
     RecordingLine *line = new RecordingLine;
-    FrmXF2 *view = nullptr;
+    FrmXF2 *xf2 = qobject_cast<FrmXF2 *>(view);
 
-    ToolBench() {
-        ResetModuleData();
-        RegisterAllViews();
-        Link::setPort(std::unique_ptr<SerialLine>(line));
-        window.show();
-        (void)QTest::qWaitForWindowActive(&window);
-        view = qobject_cast<FrmXF2 *>(ViewByName("frmXF2"));
-        view->build();
+    ToolBench() : CardDesk("XF2", 16) {
         ComPortNo = 12;
-        CardNo = 16;
+        Link::setPort(std::unique_ptr<SerialLine>(line));
     }
-    ~ToolBench() {
-        Link::setPort(nullptr);
-        setSiblingToolPath(QString());
-        ClearViewRegistry();
-    }
+    ~ToolBench() { setSiblingToolPath(QString()); }
 };
 
 } // namespace
@@ -97,24 +71,16 @@ struct ToolBench {
 class SiblingToolTest : public QObject {
     Q_OBJECT
 private slots:
-    void commandLineForPortAndCard() {
-        StandInTool tool;
-        setSiblingToolPath(tool.path);
-        QVERIFY(SiblingToolCommandLine(12, 16).endsWith("VXCFG_TC  12 16"));
-        QVERIFY(SiblingToolCommandLine(1, 5).endsWith("VXCFG_TC  1 5"));
-        setSiblingToolPath(QString());
-        QVERIFY(SiblingToolPath().endsWith("VXCFG_TC"));
-    }
-
     void settingsRunTheToolWithThePortFree() {
         ToolBench bench;
         StandInTool tool;
         setSiblingToolPath(tool.path);
-        bench.view->cmdSettings->click();
+        QVERIFY(SiblingToolCommandLine(12, 16).endsWith("VXCFG_TC  12 16"));
+        bench.xf2->cmdSettings->click();
         QCOMPARE(tool.arguments(), (QStringList{"2", "12", "16"}));
         // Window hidden before the port closes, shown again only once it is open.
         QCOMPARE(bench.line->calls, (QStringList{"close hidden", "open 12 hidden"}));
-        QVERIFY(bench.window.isVisible());
+        QVERIFY(bench.window->isVisible());
         QVERIFY(bench.messages.messages.isEmpty());
     }
 
@@ -122,38 +88,23 @@ private slots:
         ToolBench bench;
         QTemporaryDir empty;
         setSiblingToolPath(empty.filePath("VXCFG_TC"));
-        bench.view->cmdSettings->click();
+        bench.xf2->cmdSettings->click();
         QCOMPARE(bench.messages.messages.size(), 1);
         QCOMPARE(bench.messages.messages[0].text, QString("Can't execute VXCFG_TC.exe"));
         QCOMPARE(bench.messages.messages[0].icon, People::Icon::Stop);
         QCOMPARE(bench.line->calls, (QStringList{"close hidden", "open 12 hidden"}));
         QVERIFY(bench.line->isOpen());
-        QVERIFY(bench.window.isVisible());
+        QVERIFY(bench.window->isVisible());
     }
 
     void openingPollsNothing() {
-        SimSession session;
-        MessageRecorder messages;
-        FrmVxCfg window;
-        RegisterAllViews();
-        SimCard &card = session.rack.slot(11);
-        card.model = "XF2";
-        card.version = "3.02";
-        InstallProfile(card);
-        session.rack.refreshDirectory();
-        window.show();
-        IsConnected = true;
-        CardTable(11).CardName = "XF2";
-        window.cboCardNo->setCurrentIndex(11);
-        window.cboCardNo_Click();
-        auto *view = qobject_cast<FrmXF2 *>(LoadedView("frmXF2"));
+        vxtest::CardDesk rack("XF2", 11, "3.02");
+        auto *view = qobject_cast<FrmXF2 *>(rack.view);
         QVERIFY(view && view->isVisible());
-        QVERIFY(view->findChild<QGroupBox *>("fraShowModel"));
-        QVERIFY(!view->findChild<QPushButton *>("cmdUp"));
         QCOMPARE(view->txtVerNo->text(), QString("3.02"));
         QVERIFY(!view->WaitForTimer->isActive());
-        QVERIFY(!session.rack.commands().contains("I10"));
-        ClearViewRegistry();
+        QTest::qWait(20); // ticks would have polled by now on the shortened clock
+        QVERIFY(!rack.sent().contains("I10"));
     }
 };
 
