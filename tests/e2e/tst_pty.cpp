@@ -13,6 +13,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <csignal>
 #include <sys/resource.h>
 
 namespace {
@@ -163,6 +164,20 @@ private slots:
         Clock::setDivisor(20);
         QCOMPARE(ReadData(1, "01", "01"), QString());
         QCOMPARE(ReadData(1, "01", "01"), demoAnswer({"G01", "I01"}).mid(1));
+    }
+
+    // A stop signal is a clean end: exit code 0 and the link gone, so no stale COMn is left.
+    void stopSignalsRemoveTheLink() {
+        for (const int signal : {SIGTERM, SIGINT}) {
+            SimProcess sim(5);
+            QVERIFY(sim.start());
+            QVERIFY(QFileInfo(sim.linkPath()).isSymLink());
+            ::kill(pid_t(sim.process.processId()), signal);
+            QVERIFY(sim.process.waitForFinished(10000));
+            QCOMPARE(sim.process.exitStatus(), QProcess::NormalExit);
+            QCOMPARE(sim.process.exitCode(), 0);
+            QVERIFY(!QFileInfo(sim.linkPath()).isSymLink());
+        }
     }
 
     void killedSimulatorUnplugsThePort() {

@@ -399,11 +399,12 @@ private slots:
         QCOMPARE(CardTable(17).ChParam(15), QString("1"));
         QCOMPARE(CardTable(17).ChParam(16), QString("0"));
     }
-    // The disk takes half of one line and then reports no error: only the count tells.
+    // The disk takes half of one line and then reports no error: only the count tells. Every
+    // line in turn, as a disk fills up at any point of the file.
     void shortWrite_data() {
         QTest::addColumn<int>("failing");
-        QTest::newRow("first line") << 1;
-        QTest::newRow("last line") << 17;
+        for (int line = 1; line <= 17; ++line)
+            QTest::addRow("line %d", line) << line;
     }
     void shortWrite() {
         QFETCH(int, failing);
