@@ -61,6 +61,7 @@ private:
     void onWritable();
     void queueReply(const SimReply &reply, qint64 readyAtUs);
     void armTimer();
+    void onTimer();
     void sendDue();
     void writeOut(const QByteArray &bytes);
     void cutLine();
@@ -76,9 +77,8 @@ private:
     int m_slave = -1;
     QSocketNotifier *m_readNotifier = nullptr;
     QSocketNotifier *m_writeNotifier = nullptr;
-    int m_timerFd = -1;
+    int m_timerFd = -1; // the reply timer, in microseconds
     QSocketNotifier *m_timerNotifier = nullptr;
-    void onTimer();
     int m_byteMicros = 0;
     qint64 m_rxFreeUs = 0; // when the emulated line has carried the bytes received so far
     qint64 m_txFreeUs = 0; // when the emulated line has carried the replies queued so far
