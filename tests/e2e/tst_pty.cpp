@@ -152,19 +152,6 @@ private slots:
         }
     }
 
-    void faultsFromTheCommandLine() {
-        SimProcess sim(2);
-        QVERIFY(sim.start(
-            {"--fault", "cng:I40:1", "--fault", "split:I11:all:4", "--fault", "noreply:G01:2"}));
-        openLine(sim);
-        QCOMPARE(ReadData(3, "00", "40"), QString("CNG"));
-        QCOMPARE(ReadData(3, "00", "40"), demoAnswer({"G00", "I40"}).mid(1));
-        QCOMPARE(ReadData(3, "00", "11"), demoAnswer({"G00", "I11"}).mid(1));
-        // Silent steps of the real 3000 ms would make a slow test; shorten the limit.
-        Clock::setDivisor(20);
-        QCOMPARE(ReadData(1, "01", "01"), QString());
-        QCOMPARE(ReadData(1, "01", "01"), demoAnswer({"G01", "I01"}).mid(1));
-    }
 
     // A stop signal is a clean end: exit code 0 and the link gone, so no stale COMn is left.
     void stopSignalsRemoveTheLink() {
@@ -216,24 +203,6 @@ private slots:
         QCOMPARE(ReadData(3, "00", "40"), demoAnswer({"G00", "I40"}).mid(1));
     }
 
-    void linkNamesAreGuarded() {
-        SimProcess first(8);
-        QVERIFY(first.start());
-        // A second simulator on the same name must not take a live link away.
-        QProcess second;
-        second.setProcessEnvironment(first.process.processEnvironment());
-        second.start(simulatorPath(), {"--com", "8"});
-        QVERIFY(second.waitForFinished(10000));
-        QCOMPARE(second.exitCode(), 1);
-        QVERIFY(QString::fromLocal8Bit(second.readAllStandardError()).contains("in use"));
-        QCOMPARE(QFileInfo(first.linkPath()).symLinkTarget(), first.device);
-
-        // A link left by a killed simulator is taken over.
-        SimProcess stale(9);
-        QVERIFY(QFile::link(stale.dir.filePath("gone"), stale.linkPath()));
-        QVERIFY(stale.start());
-        QCOMPARE(QFileInfo(stale.linkPath()).symLinkTarget(), stale.device);
-    }
 };
 
 VX_TEST(PtyTest)

@@ -228,8 +228,12 @@ private slots:
             QVERIFY(loud ? rack.incompleteShown() : rack.messages.messages.isEmpty());
             if (loud || fault == Fault::Cut) QVERIFY(rack.disconnected());
             if (fault == Fault::Stale) QVERIFY(rack.sim.rack.commands().isEmpty());
+            const bool ended = loud || fault == Fault::Cut;
+            QCOMPARE(rack.commands(), QString(ended ? "----x-----x-" : "----x------x"));
             QVERIFY(press(rack.window->cmdStop));
             QVERIFY(!IsMonitoring);
+            // "Stop" turns the commands on as ever; only the session's own items tell it ended.
+            QCOMPARE(rack.commands(), QString(ended ? "xxxx-xx-xxx-" : "xxxx-xx-xx-x"));
             QVERIFY(rack.reconnects());
         }
     }

@@ -338,39 +338,6 @@ private slots:
         QVERIFY(d.messages.messages.isEmpty());
     }
 
-    // A pass that loses the rack at a discrete word tells the user and ends the session; one
-    // that loses it at a card's first write ends quietly. Either way "Stop" is left to the user.
-    void passLosesTheRack_data() {
-        QTest::addColumn<QString>("model");
-        QTest::addColumn<QString>("at");
-        QTest::addColumn<bool>("loud");
-        QTest::newRow("discrete word") << "QT8"
-                                       << "I27" << true;
-        QTest::newRow("first write") << "QF4"
-                                     << "G00" << false;
-    }
-    void passLosesTheRack() {
-        QFETCH(QString, model);
-        QFETCH(QString, at);
-        QFETCH(bool, loud);
-        Desk d;
-        d.sim.rack.slot(1).model = model;
-        InstallProfile(d.sim.rack.slot(1));
-        d.sim.rack.refreshDirectory();
-        scanned(d);
-        afterPasses(2, [&] { d.sim.rack.addFault({SimFault::NoReply, at, -1, 0}); });
-        QVERIFY(press(d.window->cmdStart));
-        QVERIFY(IsMonitoring);
-        QCOMPARE(d.messages.messages.size(), loud ? 1 : 0);
-        if (loud) QCOMPARE(d.messages.messages.first().text, QString("Uploading incomplete"));
-        QCOMPARE(IsConnected, !loud);
-        QCOMPARE(d.sim.line->isOpen(), !loud);
-        QCOMPARE(d.commands(), QString(loud ? "----x-----x-" : "----x------x"));
-        QVERIFY(press(d.window->cmdStop));
-        QVERIFY(!IsMonitoring);
-        // "Stop" turns the commands on as ever; only the session's own items tell it has ended.
-        QCOMPARE(d.commands(), QString(loud ? "xxxx-xx-xxx-" : "xxxx-xx-xx-x"));
-    }
 
     void emptyRackIdles() {
         Desk d;

@@ -117,19 +117,6 @@ private slots:
         QCOMPARE(HexToBits(text), bits);
     }
 
-    // Every word the rack can send: bit k of the word stands at position 16 - k (1-based).
-    void hexToBitsAgreesWithTheWordValue() {
-        for (int word = 0; word <= 0xFFFF; ++word) {
-            const QString hex = QString("%1").arg(word, 4, 16, QChar('0')).toUpper();
-            const QString bits = HexToBits(hex);
-            QCOMPARE(bits.size(), 16);
-            for (int k = 0; k < 16; ++k) {
-                const QChar expected = (word >> k) & 1 ? QChar('1') : QChar('0');
-                if (bits.at(15 - k) != expected)
-                    QFAIL(qPrintable(QString("%1 bit %2 gives %3").arg(hex).arg(k).arg(bits)));
-            }
-        }
-    }
 
     // The syntax tests, and the number a text stands for (NaN: none).
     void numbers_data() {
@@ -316,53 +303,8 @@ private slots:
         QCOMPARE(f.box->text(), result);
     }
 
-    void editingKeysStillWork() {
-        Field f;
-        InstallKeyFilter(f.box, KeyInt);
-        f.box->setText("1010");
-        QTest::keyClick(f.box, Qt::Key_Home);
-        QTest::keyClick(f.box, Qt::Key_Minus);
-        QTest::keyClick(f.box, Qt::Key_Minus); // now at position 1
-        QCOMPARE(f.box->text(), QString("-1010"));
-        QTest::keyClick(f.box, Qt::Key_Delete);
-        QCOMPARE(f.box->text(), QString("-010"));
-        QTest::keyClick(f.box, Qt::Key_End);
-        QTest::keyClick(f.box, Qt::Key_Backspace);
-        QCOMPARE(f.box->text(), QString("-01"));
-        QTest::keyClick(f.box, Qt::Key_Left);
-        QCOMPARE(f.box->cursorPosition(), 2);
-        QTest::keyClick(f.box, Qt::Key_A, Qt::ControlModifier);
-        QTest::keyClick(f.box, Qt::Key_C, Qt::ControlModifier);
-        QCOMPARE(QApplication::clipboard()->text(), QString("-01"));
-        QTest::keyClick(f.box, Qt::Key_Tab);
-        QVERIFY(f.other->hasFocus());
-    }
 
-    // Undo takes back the paste alone: neither the typing before it nor after it.
-    void pasteIsOneUndoStep() {
-        for (const char *clipboard : {"3a4", "34"}) {
-            Field f;
-            InstallKeyFilter(f.box, KeyInt);
-            QTest::keyClicks(f.box, "12");
-            enter("paste", f.box, clipboard);
-            QTest::keyClicks(f.box, "5");
-            QCOMPARE(f.box->text(), QString("12345"));
-            f.box->undo();
-            QCOMPARE(f.box->text(), QString("1234"));
-            f.box->undo();
-            QCOMPARE(f.box->text(), QString("12"));
-        }
-    }
 
-    void readOnlyFieldTakesNoPaste() {
-        Field f;
-        InstallKeyFilter(f.box, KeyInt);
-        f.box->setText("12");
-        f.box->setReadOnly(true);
-        enter("paste", f.box, "3");
-        QTest::keyClick(f.box, Qt::Key_4);
-        QCOMPARE(f.box->text(), QString("12"));
-    }
 
     void focusSelectsAll() {
         Field f;

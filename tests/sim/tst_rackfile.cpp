@@ -89,71 +89,7 @@ private slots:
         QCOMPARE(slotList(loaded), slotList(demo));
     }
 
-    void brokenFilesNameTheLine_data() {
-        QTest::addColumn<QByteArray>("text");
-        QTest::addColumn<int>("line");
-        QTest::addColumn<QString>("reason");
-        const struct {
-            const char *text;
-            int line;
-            const char *reason;
-        } rows[] = {
-            {"# c\nmodel = QF4\n", 2, "before"},
-            {"[comm]\n[slot 17]\n", 2, "does not exist"},
-            {"[slot 2]\nmodel=A\n[slot 02]\n", 3, "twice"},
-            {"[slot 2]\nmodel=A\n1/2=D1\n01/02=D2\n", 4,
-             "twice"}, // the same item, written two ways
-            {"[comm]\n[slot 5]\n1/2=D1\n", 2, "no model"},
-            {"[slot 5]\nmodel = unknown\n", 2, "empty slot"},
-            {"[comm]\ndip = 00,00,00\n", 2, "comm card has no dip"},
-            {"[slot 1]\nmodel QF4\n", 2, "key = value"},
-            {"[slot 1]\nmodel=A\n01/xx = D1\n", 3, "not group/item"},
-            {"[slot 1]\nmodel=A\n00/40 = DVER:9\n", 3, "version"},
-            {"[comm]\n00/12 = D3:QF4\n", 2, "slot list"},
-            {"[slot 1]\nmodel = \"QF4\n", 2, "no closing quote"},
-            {"[slot 1]\nmodel = \"Q\\x4\"\n", 2, "two hex digits"},
-            {"[slot 1]\nmodel = QF4\xe2\x82\xac\n", 2, "cannot carry"}, // beyond Latin-1
-        };
-        for (const auto &r : rows)
-            QTest::addRow("%s, line %d", r.reason, r.line)
-                << QByteArray(r.text) << r.line << QString(r.reason);
-    }
-    void brokenFilesNameTheLine() {
-        QFETCH(QByteArray, text);
-        QFETCH(int, line);
-        QFETCH(QString, reason);
-        SimRack rack;
-        LoadDemoRack(rack);
-        const QStringList before = slotList(rack);
-        QString error;
-        QVERIFY(!RackFile::parse(text, rack, &error));
-        QVERIFY2(error.startsWith(QString("line %1: ").arg(line)), qPrintable(error));
-        QVERIFY2(error.contains(reason, Qt::CaseInsensitive), qPrintable(error));
-        QCOMPARE(slotList(rack), before);
-        QCOMPARE(ask(rack, 0, "00", "04"), QString("DVX-ZT1"));
-    }
 
-    void filesThatCannotBeTaken() {
-        QTemporaryDir dir;
-        SimRack rack;
-        QString error;
-        QVERIFY(!RackFile::load(dir.filePath("missing.rack"), rack, &error));
-        QVERIFY2(error.startsWith(dir.filePath("missing.rack")), qPrintable(error));
-
-        QFile big(dir.filePath("big.rack"));
-        QVERIFY(big.open(QIODevice::WriteOnly));
-        QVERIFY(big.resize(RackFile::kMaxBytes + 1));
-        big.close();
-        QVERIFY(!RackFile::load(big.fileName(), rack, &error));
-        QVERIFY2(error.contains("too large"), qPrintable(error));
-
-        QFile bad(dir.filePath("bad.rack"));
-        QVERIFY(bad.open(QIODevice::WriteOnly));
-        bad.write("[comm]\n\n[slot 9]\nversion = 1\n");
-        bad.close();
-        QVERIFY(!RackFile::load(bad.fileName(), rack, &error));
-        QVERIFY2(error.startsWith(bad.fileName() + ": line 3:"), qPrintable(error));
-    }
 };
 
 VX_TEST(RackFileTest)
