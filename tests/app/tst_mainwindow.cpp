@@ -97,25 +97,6 @@ private slots:
         QCOMPARE(Overview()->lblCardType(3)->text(), QString());
     }
 
-    void selectorBeforeAnyScan() {
-        Desk d;
-        // Before the first connect the selector only ever shows the overview.
-        QVERIFY(vxtest::pickCard(*d.window, 7));
-        QCOMPARE(d.commands(), QString("-----xx---x-"));
-        QVERIFY(vxtest::pickCard(*d.window, 0));
-        QCOMPARE(d.commands(), QString("--x--xx---x-"));
-        QVERIFY(overviewShown());
-
-        QVERIFY(d.connect(1));
-        // A slot without a name shows the overview and offers the files, not the rack commands.
-        QVERIFY(vxtest::pickCard(*d.window, 7));
-        QCOMPARE(CardNo, 7);
-        QVERIFY(overviewShown());
-        QCOMPARE(d.commands(), QString("-----xx-xx-x"));
-        QVERIFY(vxtest::pickCard(*d.window, 0));
-        QCOMPARE(d.commands(), QString("xxxx-xx-xx-x"));
-    }
-
     void selectorFocusAndLock() {
         Desk d;
         QVERIFY(d.connect(1));
@@ -228,36 +209,6 @@ private slots:
         QVERIFY(connectOff);
         QCOMPARE(buttonOn, !ownStart);
         QCOMPARE(static_cast<FakeDialog *>(LoadedView(dialog))->started, QStringList({name}));
-    }
-
-    // A master card of the Ethernet family: the caption says so, but a click only hides.
-    void masterCardOpensNoDialog() {
-        Desk d;
-        registerFakeDialogs();
-        QVERIFY(d.connect(1));
-        IsMasterComm = true;
-        SetSpecialButton(CommCardName);
-        QCOMPARE(d.window->cmdSpecialSetting->text(), QString("Ethernet Setting"));
-        QVERIFY(press(d.window->cmdSpecialSetting));
-        QVERIFY(d.window->fraCmd->isHidden());
-        QVERIFY(!LoadedView("frmEther"));
-        QVERIFY(d.window->mnuConnect->menuAction()->isEnabled());
-    }
-
-    void commSettingDialog() {
-        Desk d;
-        registerFakeDialogs();
-        QVERIFY(d.connect(1));
-        bool connectOff = false;
-        auto armed = vxtest::whenVisible(visibleFake, [&](QWidget *w) {
-            connectOff = !d.window->mnuConnect->menuAction()->isEnabled();
-            static_cast<QDialog *>(w)->accept();
-        });
-        QVERIFY(press(d.window->cmdComm));
-        *armed = false;
-        QVERIFY(connectOff);
-        QVERIFY(LoadedView("frmComm"));
-        QVERIFY(d.window->mnuConnect->menuAction()->isEnabled());
     }
 
     void exitAndCloseEndAtOnce() {

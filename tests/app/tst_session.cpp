@@ -66,15 +66,6 @@ private slots:
         QCOMPARE(d.commands(), QString("----------x-"));
     }
 
-    void refusalCountsAsAnAnswer() {
-        Desk d;
-        d.sim.rack.addFault({SimFault::Refuse, "I40", 1, 0});
-        QVERIFY(d.connect(1));
-        QVERIFY(IsConnected);
-        QVERIFY(d.messages.messages.isEmpty());
-        QCOMPARE(d.sim.rack.commands().mid(0, 3), QStringList({"G00", "I40", "G00"}));
-    }
-
     void invalidPortKeepsTheDialogOpen() {
         Desk d;
         d.sim.line->setAvailablePorts({4});
@@ -98,18 +89,6 @@ private slots:
         QCOMPARE(d.sim.line->openedPort(), 4);
         QCOMPARE(d.window->lblComPortNo->text(), QString("COM4"));
         QCOMPARE(d.sim.rack.commands().first(), QString("G00"));
-    }
-
-    void exitWithoutAPortLeavesEverythingOff() {
-        Desk d;
-        QVERIFY(d.connect(1, "Exit"));
-        QCOMPARE(d.messages.messages.size(), 1);
-        QCOMPARE(d.messages.messages.first().text, kCommError);
-        QVERIFY(!IsConnected);
-        QVERIFY(d.sim.rack.commands().isEmpty());
-        QCOMPARE(d.commands(), QString("----------x-"));
-        QVERIFY(!ComPortDialog()->isVisible());
-        QVERIFY(d.window->mnuConnect->menuAction()->isEnabled());
     }
 
     void masterCommCard_data() {
@@ -165,20 +144,6 @@ private slots:
         QCOMPARE(CardTable(3).VerNo, QString("1.20"));
         QCOMPARE(d.window->cboCardNo->itemText(3), QString("03:"));
         QCOMPARE(d.window->cboCardNo->itemText(0), QString("00:OverView"));
-    }
-
-    void disconnectWithThePortClosedOnlyResetsIndicators() {
-        Desk d;
-        QVERIFY(d.connect(1));
-        d.sim.line->close();
-        d.sim.rack.clearTranscript();
-        DisconnectRack();
-        QVERIFY(d.sim.rack.commands().isEmpty());
-        QCOMPARE(d.window->lblConStatus->text(), QString("Disconnected"));
-        QCOMPARE(BackColor(d.window->shpLamp), kDarkBlue);
-        QVERIFY(!IsConnected);
-        DisconnectRack();
-        QCOMPARE(d.commands(), QString("----------x-"));
     }
 
     void disconnectEndsAWaitingStep() {

@@ -152,7 +152,6 @@ private slots:
         }
     }
 
-
     // A stop signal is a clean end: exit code 0 and the link gone, so no stale COMn is left.
     void stopSignalsRemoveTheLink() {
         for (const int signal : {SIGTERM, SIGINT}) {
@@ -202,7 +201,6 @@ private slots:
         QVERIFY(openLine(sim)->isOpen());
         QCOMPARE(ReadData(3, "00", "40"), demoAnswer({"G00", "I40"}).mid(1));
     }
-
 };
 
 VX_TEST(PtyTest)

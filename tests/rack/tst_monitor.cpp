@@ -211,22 +211,6 @@ private slots:
         QVERIFY(ReadOverview());
         QCOMPARE(*asked, (QMap<QString, int>{{"10", 1}, {"11", 1}, {"12", 1}, {"13", 1}}));
     }
-
-    // A value read that fails leaves its field empty and the pass goes on.
-    void failedValueRead() {
-        SimSession s;
-        MessageRecorder m;
-        emptyTable();
-        putCard(s.rack, 1, "QF4").setItem("00", "10", "D1:1.0");
-        putCard(s.rack, 2, "QF4").setItem("00", "13", "D4:3.0");
-        Overview()->lblInputDataCh(1, 2)->setText("old");
-        s.rack.addFault({SimFault::NoReply, "I11", -1, 0});
-        QVERIFY(ReadOverview());
-        // Items the card lacks answer with the word that says so.
-        QCOMPARE(values(1, 4), QStringList({"10", "", "NEEDLESS", "NEEDLESS"}));
-        QCOMPARE(values(2, 4).last(), QString("30"));
-        QVERIFY(m.messages.isEmpty());
-    }
 };
 VX_TEST(MonitorPassTest)
 
@@ -256,30 +240,6 @@ private slots:
         QVERIFY(Overview()->findChild<QLabel *>("lblDIDataCh17(3)"));
         QVERIFY(Overview()->findChild<QLabel *>("lblInputDataCh8(16)"));
         QVERIFY(Overview()->findChild<QLabel *>("lblInputDataLCh4(1)"));
-    }
-
-    void clearingAndActivating() {
-        ResetModuleData();
-        FrmOverview *o = Overview();
-        o->lblCardType(2)->setText("QF4");
-        o->lblInputDataCh(2, 5)->setText("12");
-        SetSlotLamp(2, 16, "1");
-        SetSlotLamp(2, 17, "1");
-        ClearOverviewSlot(2);
-        QCOMPARE(o->lblCardType(2)->text(), QString());
-        QCOMPARE(o->lblInputDataCh(2, 5)->text(), QString());
-        // Only the first 16 lamps go neutral.
-        QCOMPARE(lamps(2, 16, 17), QString(".1"));
-
-        // On show, every row takes its name and layout from the card table.
-        CardTable(4).CardName = "QT8";
-        CardTable(5).CardName = "HA12";
-        o->hide();
-        o->show();
-        QCOMPARE(o->lblCardType(4)->text(), QString("QT8"));
-        QCOMPARE(o->lblCardType(5)->text(), QString("HA(2)"));
-        QCOMPARE(layoutOf(4), (Layout{8, 0, 0}));
-        QCOMPARE(layoutOf(5), (Layout{0, 8, 0}));
     }
 };
 VX_TEST(OverviewRowTest)
@@ -337,7 +297,6 @@ private slots:
         QVERIFY(!Overview()->lblInputDataCh(2, 1)->text().isEmpty());
         QVERIFY(d.messages.messages.isEmpty());
     }
-
 
     void emptyRackIdles() {
         Desk d;

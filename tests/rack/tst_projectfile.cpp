@@ -194,17 +194,6 @@ private slots:
         QCOMPARE(readFile(second), bytes);
     }
 
-    void cancelledDialogsDoNothing() {
-        MessageRecorder recorder;
-        fillTable();
-        const QStringList before = snapshot();
-        FileAnswer answer{QString()};
-        OpenProjectFile();
-        SaveProjectFile();
-        QCOMPARE(answer.requests.size(), 2);
-        QCOMPARE(snapshot(), before);
-        QVERIFY(recorder.messages.isEmpty());
-    }
     // Older voltage records of two values a channel grow to four on opening.
     void expansion_data() {
         QTest::addColumn<QString>("name");
@@ -351,18 +340,6 @@ private slots:
         QCOMPARE(m.icon, People::Icon::None);
     }
 
-    void unreadablePlaces() {
-        const QStringList before = snapshot();
-        for (const QString &path : {m_dir.filePath("missing.uJx"), m_dir.path()}) {
-            MessageRecorder recorder;
-            FileAnswer answer(path);
-            OpenProjectFile();
-            QCOMPARE(snapshot(), before);
-            QCOMPARE(recorder.messages.size(), 1);
-            QVERIFY(recorder.messages.first().text.contains(QDir::toNativeSeparators(path)));
-        }
-    }
-
     // What the format allows beyond what the program writes itself.
     void accepted_data() {
         QTest::addColumn<QByteArray>("bytes");
@@ -445,15 +422,6 @@ private slots:
         QVERIFY2(recorder.messages.first().text.contains(where),
                  qPrintable(recorder.messages.first().text));
         QCOMPARE(snapshot(), before);
-    }
-
-    void folderThatDoesNotExist() {
-        MessageRecorder recorder;
-        FileAnswer answer(m_dir.filePath("no/such/folder/rack.uJx"));
-        SaveProjectFile();
-        QCOMPARE(recorder.messages.size(), 1);
-        QCOMPARE(recorder.messages.first().title, QString("Open Error"));
-        QVERIFY(!QFile::exists(m_dir.filePath("no")));
     }
 };
 

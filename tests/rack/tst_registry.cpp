@@ -119,12 +119,6 @@ private slots:
         QCOMPARE(FormNameOfTag(SelFormName), form);
     }
 
-    void everyTagLeadsBackToItsView() {
-        for (const ModelRow &row : ModelRows())
-            QVERIFY2(FormNameOfTag(row.tag) == row.form, qPrintable(row.tag));
-        QCOMPARE(FormNameOfTag("Over"), QString("frmOverview"));
-    }
-
     void viewNotThereOpensNothing() {
         registerFakes("frmQF4");
         OpenCardView("QF4");
@@ -134,28 +128,6 @@ private slots:
         OpenCardView("QF8");
         OpenCardView("QJ8");
         QCOMPARE(openings(), QStringList({"frmQF8=QF8,QJ8"}));
-    }
-
-    void oneViewOnShow() {
-        registerFakes();
-        SelFormName = "Over";
-        ShowView(Overview());
-        QCOMPARE(PrevFormName, QString("Over"));
-        for (const char *name : {"QF4", "XG4", "QZ4B", "QZ4", "XHK2", "H1", "HLINK1", "QF4"}) {
-            OpenCardView(name);
-            const ModelRow *row = FindModelRow(name);
-            QCOMPARE(PrevFormName, row->tag);
-            int shown = 0;
-            for (QWidget *child :
-                 m_window->workArea()->findChildren<QWidget *>(Qt::FindDirectChildrenOnly))
-                shown += child->isVisible() ? 1 : 0;
-            QCOMPARE(shown, 1);
-            QVERIFY(fake(row->form)->isVisible());
-        }
-        SelFormName = "Over";
-        ShowView(Overview());
-        QVERIFY(Overview()->isVisible());
-        QVERIFY(!fake("frmQF4")->isVisible());
     }
 
     void cardClass_data() {

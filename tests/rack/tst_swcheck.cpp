@@ -139,46 +139,6 @@ private slots:
         QVERIFY(onCells(1).isEmpty());
     }
 
-    // No reply is no "UNKNOWN": the slot is read on, the texts go empty, the cells stay.
-    void emptyRepliesLeaveTheCells() {
-        SimSession s;
-        putCard(s.rack, 1, "QF4", "1.10", "01,00,80");
-        showAndLeaveAfter(1);
-        s.rack.clearTranscript();
-        s.rack.addFault({SimFault::NoReply, "I10", 4, 0});
-        s.rack.addFault({SimFault::NoReply, "I39", 4, 0});
-        showAndLeaveAfter(1);
-        QCOMPARE(box("txtName(0)")->text(), QString());
-        QCOMPARE(box("txtVersion(0)")->text(), QString("1.10"));
-        QCOMPARE(box("txtSW(0)")->text(), QString());
-        QCOMPARE(onCells(0), QSet<int>({0, 23}));
-        QVERIFY(s.rack.commands().contains("D1"));
-    }
-
-    // While the rack is read, neither button works and the dialog cannot be closed.
-    void nothingLeavesDuringARun() {
-        SimSession s;
-        putCard(s.rack, 5, "QF4", "1.10", "01,00,80");
-        int sent = 0;
-        int enabledWhileSending = 0;
-        const int observer = Link::addTrafficObserver([&](Link::Traffic kind, const QString &) {
-            if (kind != Link::Traffic::Sent) return;
-            if (++sent == 5) {
-                form()->reject();
-                form()->close();
-            }
-            if (button("cmdUp")->isEnabled() || button("cmdExit")->isEnabled())
-                ++enabledWhileSending;
-        });
-        bool visibleAtTheEnd = false;
-        showAndLeaveAfter(1, [&] { visibleAtTheEnd = form()->isVisible(); });
-        Link::removeTrafficObserver(observer);
-        QVERIFY(sent > 5);
-        QCOMPARE(enabledWhileSending, 0);
-        QVERIFY(visibleAtTheEnd);
-        QVERIFY(button("cmdUp")->isEnabled());
-    }
-
     void drawFromASwitchText_data() {
         QTest::addColumn<QString>("before");
         QTest::addColumn<QString>("text");

@@ -117,7 +117,6 @@ private slots:
         QCOMPARE(HexToBits(text), bits);
     }
 
-
     // The syntax tests, and the number a text stands for (NaN: none).
     void numbers_data() {
         QTest::addColumn<QString>("text");
@@ -154,22 +153,6 @@ private slots:
             QCOMPARE(RealTextValue(text), value);
     }
 
-    void addressSplit_data() {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QStringList>("parts");
-        QTest::newRow("address") << QString("192.168.0.10") << QStringList{"192", "168", "0", "10"};
-        QTest::newRow("too few dots") << QString("10.1") << QStringList{"10", "1", "", ""};
-        QTest::newRow("empty") << QString("") << QStringList{"", "", "", ""};
-        QTest::newRow("too many dots") << QString("1.2.3.4.5") << QStringList{"1", "2", "3", "4.5"};
-    }
-    void addressSplit() {
-        QFETCH(QString, text);
-        QFETCH(QStringList, parts);
-        QString a = "x", b = "x", c = "x", d = "x";
-        SplitAddress(text, a, b, c, d);
-        QCOMPARE(QStringList({a, b, c, d}), parts);
-    }
-
     void addressPart_data() {
         QTest::addColumn<QString>("text");
         QTest::addColumn<int>("value"); // -1: the user is told, and the value is 0
@@ -193,17 +176,6 @@ private slots:
         QCOMPARE(m.text, QString("Please enter number."));
         QCOMPARE(m.icon, People::Icon::Information);
         QCOMPARE(m.title, People::kProgramName);
-    }
-
-    void flagField() {
-        for (const char *value : {"1", "0", "", "CNG", " 1"}) {
-            const bool on = QString(value) == "1";
-            QLineEdit box;
-            ShowFlag(&box, on ? "0" : "1"); // start from the other state
-            ShowFlag(&box, value);
-            QCOMPARE(box.text(), QString(on ? "1" : "0"));
-            QCOMPARE(FieldColour(&box), on ? QColor(255, 0, 0) : QColor(0, 128, 0));
-        }
     }
 };
 
@@ -301,25 +273,6 @@ private slots:
             f.box->setCursorPosition(selStart);
         enter(route, f.box, input);
         QCOMPARE(f.box->text(), result);
-    }
-
-
-
-
-    void focusSelectsAll() {
-        Field f;
-        InstallSelectAllOnFocus(f.other);
-        f.other->setText("-12.5");
-        f.other->setCursorPosition(2);
-        f.other->setFocus(Qt::OtherFocusReason);
-        QVERIFY(f.other->hasFocus());
-        QCOMPARE(f.other->selectedText(), QString("-12.5"));
-        // A click puts the cursor where it lands; the selection comes back once the click is done.
-        f.box->setFocus();
-        QTest::mouseClick(f.other, Qt::LeftButton, {}, QPoint(3, 5));
-        QCOMPARE(f.other->selectedText(), QString());
-        QCoreApplication::processEvents();
-        QCOMPARE(f.other->selectedText(), QString("-12.5"));
     }
 };
 

@@ -88,8 +88,6 @@ private slots:
         QVERIFY2(RackFile::load(path, loaded, &error), qPrintable(error));
         QCOMPARE(slotList(loaded), slotList(demo));
     }
-
-
 };
 
 VX_TEST(RackFileTest)

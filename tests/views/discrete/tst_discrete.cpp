@@ -99,27 +99,6 @@ private slots:
         QVERIFY(!wire.contains("G00 I10"));
     }
 
-    void comingBackCopiesTheVersion() {
-        CardDesk rack("XB16", 5);
-        QCOMPARE(rack.view->txtVerNo->text(), QString("1.07"));
-        // Coming back copies the version the view showed to the record.
-        rack.window->cboCardNo->setCurrentIndex(5);
-        rack.window->cboCardNo_Click();
-        QCOMPARE(CardTable(5).VerNo, QString("1.07"));
-    }
-
-    void sixtyFourChannelsFitTheWorkArea() {
-        CardDesk rack("QT64", 4);
-        QTRY_VERIFY(!rack.box("txtChData", 64)->text().isEmpty());
-        const QRect area(0, 0, kViewWidth, kViewHeight);
-        for (int ch = 1; ch <= 64; ++ch) {
-            QLineEdit *box = rack.box("txtChData", ch);
-            const QRect place(box->mapTo(rack.view, QPoint(0, 0)), box->size());
-            QVERIFY2(area.contains(place), qPrintable(QString("channel %1").arg(ch)));
-            QVERIFY(box->isVisible());
-        }
-    }
-
     void selectorClickEndsTheSixtyFourChannelLoop() {
         CardDesk rack("QT64", 4);
         QTRY_VERIFY(rack.sent().contains("I73"));

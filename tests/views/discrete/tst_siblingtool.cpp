@@ -96,16 +96,6 @@ private slots:
         QVERIFY(bench.line->isOpen());
         QVERIFY(bench.window->isVisible());
     }
-
-    void openingPollsNothing() {
-        vxtest::CardDesk rack("XF2", 11, "3.02");
-        auto *view = qobject_cast<FrmXF2 *>(rack.view);
-        QVERIFY(view && view->isVisible());
-        QCOMPARE(view->txtVerNo->text(), QString("3.02"));
-        QVERIFY(!view->WaitForTimer->isActive());
-        QTest::qWait(20); // ticks would have polled by now on the shortened clock
-        QVERIFY(!rack.sent().contains("I10"));
-    }
 };
 
 VX_TEST(SiblingToolTest)
