@@ -188,19 +188,6 @@ private slots:
         QCOMPARE(ReadData(3, "00", "40"), QString());
     }
 
-    void cutLineHangsUpAndPlugsBackIn() {
-        SimProcess sim(7);
-        QVERIFY(sim.start({"--fault", "cut:I40"}));
-        SerialLine *line = openLine(sim);
-        QSignalSpy lost(line, &SerialLine::lineLost);
-        QCOMPARE(ReadData(3, "00", "40"), QString());
-        QVERIFY(!line->isOpen());
-        QCOMPARE(lost.count(), 1);
-        QVERIFY(sim.waitLinked());
-        QCOMPARE(QFileInfo(sim.linkPath()).symLinkTarget(), sim.device);
-        QVERIFY(openLine(sim)->isOpen());
-        QCOMPARE(ReadData(3, "00", "40"), demoAnswer({"G00", "I40"}).mid(1));
-    }
 };
 
 VX_TEST(PtyTest)

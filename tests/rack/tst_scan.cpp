@@ -96,47 +96,6 @@ private slots:
         QCOMPARE(d.commands(), QString("xxxx-xxxxx-x"));
     }
 
-    void slotThatDoesNotAnswer() {
-        Desk d;
-        putCard(d.sim.rack, 1, "QF4");
-        putCard(d.sim.rack, 2, "QF4");
-        putCard(d.sim.rack, 3, "QT16").setItem("00", "27", "D:0001");
-        d.sim.rack.refreshDirectory();
-        QVERIFY(d.connect(1));
-        d.sim.rack.clearTranscript();
-        d.sim.rack.addFault({SimFault::Refuse, "I11", 1, 0});
-        d.sim.rack.addFault({SimFault::NoReply, "I14", -1, 0});
-        // The lock of the scan: nothing that could start another exchange while it runs.
-        QString commandsDuringScan;
-        const int watch = Link::addTrafficObserver([&](Link::Traffic kind, const QString &text) {
-            if (kind == Link::Traffic::Sent && text.startsWith("I12"))
-                commandsDuringScan = d.commands();
-        });
-        QVERIFY(press(d.window->CmdUpload));
-        Link::removeTrafficObserver(watch);
-        QCOMPARE(commandsDuringScan, QString("-----------x"));
-
-        QCOMPARE(d.messages.messages.size(), 1);
-        QCOMPARE(d.messages.messages.first().text, QString("Uploading incomplete"));
-        QVERIFY(!LoadingDialog()->isVisible());
-        // The read of slot 5 went out four times, and then the list was left.
-        const QStringList sent = d.sim.rack.commands();
-        const QStringList scan = kCommPreamble + kScanHead + listReads(1, 5) + listReads(5, 5) +
-                                 listReads(5, 5) + listReads(5, 5);
-        QCOMPARE(sent.mid(0, scan.size()), scan);
-        QCOMPARE(sent.mid(scan.size(), 3), QStringList({"G00", "I01", "DF"})); // the pass
-        // A refusal is taken as a name.
-        QCOMPARE(CardTable(1).CardName, QString("QF4"));
-        QCOMPARE(CardTable(2).CardName, QString("CNG"));
-        QCOMPARE(CardTable(3).CardName, QString("QT16"));
-        QCOMPARE(CardTable(4).CardName, QString("NONE"));
-        QCOMPARE(Overview()->lblCardType(4)->text(), QString("NONE"));
-        // The pass after the scan still ran, with lamps for the discrete card.
-        QVERIFY(sent.contains("I27"));
-        QCOMPARE(BackColor(Overview()->lblDIDataCh(3, 1)), kLampBitOn);
-        QCOMPARE(d.commands(), QString("xxxx-xxxxx-x"));
-        QVERIFY(IsConnected);
-    }
 };
 VX_TEST(ScanTest)
 

@@ -133,26 +133,6 @@ private slots:
         QCOMPARE(rack.sent().at(rack.sent().indexOf("G01") + 1), QString("I10"));
     }
 
-    // Without a session a lost reply stays silent, and the read stops at the lost channel.
-    void lostReplyWithoutASession() {
-        CardDesk quiet("XC8", 2);
-        IsConnected = false;
-        quiet.sim.rack.addFault({SimFault::NoReply, "I12", -1, 0});
-        quiet.sim.rack.clearTranscript();
-        quiet.view->WaitForTimer_Timer();
-        QVERIFY(quiet.sent().contains("I12"));
-        QVERIFY(!quiet.sent().contains("I13"));
-        QVERIFY(quiet.messages.messages.isEmpty());
-        // Nor does a view read anything for a slot whose word says it is empty.
-        quiet.sim.rack.clearFaults();
-        quiet.sim.rack.clearTranscript();
-        quiet.view->WaitForTimer_Timer();
-        QVERIFY(quiet.sent().contains("I13"));
-        quiet.view->txtCardType->setText("UNKNOWN");
-        quiet.sim.rack.clearTranscript();
-        quiet.view->WaitForTimer_Timer();
-        QVERIFY(quiet.sent().isEmpty());
-    }
 };
 
 // The in/out cards draw and read their own overview rows.
