@@ -4,18 +4,18 @@
 // line needs for the bytes that crossed it (the physical limit), their ratio, and the CPU time.
 #include "benchsupport.h"
 
+#include "app/allviews.h"
 #include "app/frmvxcfg.h"
+#include "app/session.h"
 #include "link/exchange.h"
 #include "link/link.h"
 #include "link/qserialline.h"
-#include "link/session.h"
 #include "rack/cardtable.h"
 #include "rack/monitor.h"
 #include "rack/registry.h"
 #include "rack/scan.h"
-#include "views/allviews.h"
+#include "ui/viewregistry.h"
 #include "views/common/cardview.h"
-#include "views/common/viewregistry.h"
 
 #include <QApplication>
 #include <QComboBox>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "app/people.h"
 #include "link/clock.h"
+#include "ui/people.h"
 
 #include <QApplication>
 #include <QByteArray>

@@ -4,14 +4,18 @@
 # Prints how long the build and the run took.
 set -euo pipefail
 cd "$(dirname "$0")/.."
+# ccache keys paths inside the repository relative to its root, so every clone on this machine
+# (a CI run's among them) shares the objects already compiled.
+export CCACHE_BASEDIR="$PWD" CCACHE_NOHASHDIR=1
 
-bash scripts/install-packages.sh qt6-base-dev qt6-serialport-dev cmake g++ ninja-build
+bash scripts/install-packages.sh qt6-base-dev qt6-serialport-dev cmake g++ ninja-build ccache
 
 build=${VXCFG_ASAN_DIR:-build-asan}
 jobs=${VXCFG_JOBS:-2}
 start=$(date +%s)
 if [ ! -f "$build/build.ninja" ]; then
-    cmake -G Ninja -B "$build" -S . -DCMAKE_BUILD_TYPE=Debug -DVXCFG_SANITIZE=ON
+    cmake -G Ninja -B "$build" -S . -DCMAKE_CXX_COMPILER_LAUNCHER=ccache \
+         -DCMAKE_BUILD_TYPE=Debug -DVXCFG_SANITIZE=ON
 fi
 # Keep going past a target that does not build, so every other test still runs.
 status=0

@@ -1,7 +1,7 @@
+#include "app/allviews.h"
 #include "app/frmvxcfg.h"
 #include "link/link.h"
 #include "link/qserialline.h"
-#include "views/allviews.h"
 
 #include <QApplication>
 #include <QDir>

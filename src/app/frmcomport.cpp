@@ -1,12 +1,12 @@
 #include "app/frmcomport.h"
 
 #include "app/frmvxcfg.h"
-#include "app/people.h"
-#include "app/widgets.h"
+#include "app/session.h"
 #include "link/comports.h"
 #include "link/link.h"
-#include "link/session.h"
 #include "rack/cardtable.h"
+#include "ui/people.h"
+#include "ui/widgets.h"
 
 #include <QComboBox>
 #include <QGridLayout>

@@ -1,7 +1,7 @@
 #include "app/frmversion.h"
 
 #include "app/frmvxcfg.h"
-#include "app/widgets.h"
+#include "ui/widgets.h"
 
 #include <QHBoxLayout>
 #include <QLabel>

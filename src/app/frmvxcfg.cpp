@@ -2,10 +2,8 @@
 
 #include "app/frmcomport.h"
 #include "app/frmversion.h"
-#include "app/people.h"
-#include "app/widgets.h"
+#include "app/session.h"
 #include "link/link.h"
-#include "link/session.h"
 #include "rack/cardtable.h"
 #include "rack/monitor.h"
 #include "rack/overview.h"
@@ -13,7 +11,9 @@
 #include "rack/registry.h"
 #include "rack/scan.h"
 #include "rack/swcheck.h"
-#include "views/common/viewregistry.h"
+#include "ui/people.h"
+#include "ui/viewregistry.h"
+#include "ui/widgets.h"
 
 #include <QAbstractItemView>
 #include <QAction>
@@ -57,6 +57,8 @@ FrmVxCfg *MainWindow() {
 FrmVxCfg::FrmVxCfg(QWidget *parent)
     : QMainWindow(parent), m_endProgram([] { QCoreApplication::exit(0); }) {
     g_mainWindow = this;
+    SetViewHost(this);
+    SetDisconnectHandler(ShowDisconnected);
     setObjectName("frmVxCfg");
     setWindowTitle(QStringLiteral("VXCFG"));
     People::setDialogParent(this);
@@ -84,7 +86,11 @@ FrmVxCfg::FrmVxCfg(QWidget *parent)
 }
 
 FrmVxCfg::~FrmVxCfg() {
-    if (g_mainWindow == this) g_mainWindow = nullptr;
+    if (g_mainWindow == this) {
+        g_mainWindow = nullptr;
+        SetViewHost(nullptr);
+        SetDisconnectHandler({});
+    }
     People::setDialogParent(nullptr);
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ui/viewregistry.h"
+
 #include <QMainWindow>
 #include <functional>
 
@@ -21,7 +23,7 @@ class QTimer;
 // Modal dialogs run their own event loop; a test reaches them while they run through
 // ComPortDialog() and VersionDialog() (frmcomport.h, frmversion.h), or through ViewByName() for
 // the comm card dialogs, e.g. from a QTimer::singleShot(0, ...) armed before the command.
-class FrmVxCfg : public QMainWindow {
+class FrmVxCfg : public QMainWindow, public ViewHost {
     Q_OBJECT
 public:
     explicit FrmVxCfg(QWidget *parent = nullptr);
@@ -65,8 +67,8 @@ public:
 
     // Where the views live.
     QWidget *workArea() const { return m_workArea; }
-    void placeView(QWidget *view);
-    void hideViewsBut(QWidget *view);
+    void placeView(QWidget *view) override;
+    void hideViewsBut(QWidget *view) override;
 
     // Entries 1..16 of the card selector: "01:" .. "16:".
     void ClearCardSelector();

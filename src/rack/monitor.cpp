@@ -1,13 +1,13 @@
 #include "rack/monitor.h"
 
-#include "app/people.h"
 #include "link/exchange.h"
-#include "link/session.h"
 #include "rack/cardtable.h"
+#include "rack/connection.h"
 #include "rack/overview.h"
+#include "rack/overviewio.h"
 #include "rack/textroutines.h"
-#include "views/common/overviewio.h"
-#include "views/common/viewregistry.h"
+#include "ui/people.h"
+#include "ui/viewregistry.h"
 
 #include <QCoreApplication>
 #include <QEventLoop>

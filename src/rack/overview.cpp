@@ -1,10 +1,10 @@
 #include "rack/overview.h"
 
-#include "app/widgets.h"
 #include "rack/cardtable.h"
+#include "rack/overviewio.h"
 #include "rack/registry.h"
-#include "views/common/overviewio.h"
-#include "views/common/viewregistry.h"
+#include "ui/viewregistry.h"
+#include "ui/widgets.h"
 
 #include <QApplication>
 #include <QFrame>

@@ -1,6 +1,6 @@
 #include "rack/projectfile.h"
 
-#include "app/people.h"
+#include "ui/people.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,10 +1,9 @@
 #include "rack/registry.h"
 
-#include "app/frmvxcfg.h"
-#include "app/widgets.h"
 #include "rack/cardtable.h"
 #include "rack/overview.h"
-#include "views/common/viewregistry.h"
+#include "ui/viewregistry.h"
+#include "ui/widgets.h"
 
 #include <QApplication>
 #include <QLabel>
@@ -140,8 +139,8 @@ QString FormNameOfTag(const QString &tag) {
 
 void ShowView(QWidget *form) {
     if (!form) return;
-    FrmVxCfg *main = MainWindow();
-    if (main) main->placeView(form);
+    ViewHost *host = CurrentViewHost();
+    if (host) host->placeView(form);
     form->show();
     form->raise();
 
@@ -149,7 +148,7 @@ void ShowView(QWidget *form) {
     if (!SelFormName.startsWith(QLatin1String("Ove"))) hideView(LoadedView("frmOverview"), form);
     PrevFormName = SelFormName;
     // The work area shows exactly one view, whatever the tags say.
-    if (main) main->hideViewsBut(form);
+    if (host) host->hideViewsBut(form);
 }
 
 void ShowView(const QString &formName) {

@@ -1,18 +1,12 @@
 #include "rack/scan.h"
 
-#include "app/frmloading.h"
-#include "app/frmvxcfg.h"
-#include "app/people.h"
 #include "link/exchange.h"
-#include "link/session.h"
 #include "rack/cardtable.h"
-#include "rack/monitor.h"
 #include "rack/overview.h"
 #include "rack/registry.h"
 #include "rack/textroutines.h"
-
-#include <QAction>
-#include <QPushButton>
+#include "ui/frmloading.h"
+#include "ui/people.h"
 
 namespace {
 constexpr int kFirstSlotItem = 10; // item of slot n in the comm card's list is 9 + n
@@ -48,25 +42,4 @@ void ScanRack() {
         AdvanceProgress();
     }
     CloseProgress();
-}
-
-void UploadRack() {
-    FrmVxCfg *w = MainWindow();
-    CommandsOff();
-    if (w) w->SelectOverview();
-    WriteData(3, "00", "01", "F");
-    WriteData(3, "00", "41", "00");
-    WriteData(3, "01", "01", "1");
-    SetSpecialButton(ReadData(3, "00", "04"));
-    ScanRack();
-    if (w) w->FillCardSelector();
-    ReadOverview();
-    // The port went away during the scan: the session has ended, its commands stay off.
-    if (!IsConnected) return;
-    CommandsOn();
-    if (w) {
-        w->cmdSWcheck->setEnabled(true);
-        w->mnuFilesOpen->setEnabled(true);
-        w->mnuFilesSave->setEnabled(true);
-    }
 }

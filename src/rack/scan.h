@@ -5,7 +5,3 @@
 // after a multi-power card whose full name had to be asked of the card itself. A slot that does
 // not answer ends the scan with "Uploading incomplete"; the slots read so far keep their names.
 void ScanRack();
-
-// The whole "Upload" of the main window: comm card preamble, special button, scan, card
-// selector, one monitor pass, and the commands on again.
-void UploadRack();

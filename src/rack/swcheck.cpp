@@ -1,8 +1,8 @@
 #include "rack/swcheck.h"
 
-#include "app/widgets.h"
 #include "link/exchange.h"
 #include "rack/textroutines.h"
+#include "ui/widgets.h"
 
 #include <QGridLayout>
 #include <QHBoxLayout>

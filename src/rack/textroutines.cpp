@@ -1,6 +1,6 @@
 #include "rack/textroutines.h"
 
-#include "app/people.h"
+#include "ui/people.h"
 
 #include <QAction>
 #include <QApplication>

@@ -2,13 +2,13 @@
 
 #include "support/testsupport.h"
 
+#include "app/allviews.h"
 #include "app/frmcomport.h"
 #include "app/frmvxcfg.h"
 #include "cardprofiles.h"
 #include "rack/registry.h"
-#include "views/allviews.h"
+#include "ui/viewregistry.h"
 #include "views/common/cardview.h"
-#include "views/common/viewregistry.h"
 
 #include <QAction>
 #include <QApplication>

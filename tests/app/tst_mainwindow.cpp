@@ -1,6 +1,6 @@
 #include "app/desk.h"
 
-#include "link/session.h"
+#include "app/session.h"
 #include "rack/cardtable.h"
 #include "rack/overview.h"
 

@@ -1,9 +1,9 @@
 #include "app/desk.h"
 
-#include "app/widgets.h"
+#include "app/session.h"
 #include "link/exchange.h"
-#include "link/session.h"
 #include "rack/cardtable.h"
+#include "ui/widgets.h"
 
 #include <QElapsedTimer>
 #include <QLabel>

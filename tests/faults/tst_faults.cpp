@@ -4,9 +4,9 @@
 // it should keep, and leave a program that can connect again.
 #include "app/desk.h"
 
+#include "app/session.h"
 #include "demorack.h"
 #include "link/exchange.h"
-#include "link/session.h"
 #include "views/common/cardview.h"
 
 #include <QElapsedTimer>

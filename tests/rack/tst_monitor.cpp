@@ -1,10 +1,10 @@
 #include "app/desk.h"
 
-#include "app/widgets.h"
 #include "cardprofiles.h"
 #include "rack/monitor.h"
 #include "rack/overview.h"
-#include "views/common/viewregistry.h"
+#include "ui/viewregistry.h"
+#include "ui/widgets.h"
 
 #include <QLabel>
 #include <QTest>

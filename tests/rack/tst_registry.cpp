@@ -1,10 +1,10 @@
 #include "support/testsupport.h"
 
 #include "app/frmvxcfg.h"
-#include "app/widgets.h"
 #include "rack/overview.h"
 #include "rack/registry.h"
-#include "views/common/viewregistry.h"
+#include "ui/viewregistry.h"
+#include "ui/widgets.h"
 
 #include <QApplication>
 #include <QLabel>

@@ -1,9 +1,9 @@
 #include "app/desk.h"
 
-#include "app/frmloading.h"
-#include "app/widgets.h"
 #include "link/exchange.h"
 #include "rack/overview.h"
+#include "ui/frmloading.h"
+#include "ui/widgets.h"
 
 #include <QLabel>
 #include <QProgressBar>
@@ -95,7 +95,6 @@ private slots:
         QVERIFY(d.messages.messages.isEmpty());
         QCOMPARE(d.commands(), QString("xxxx-xxxxx-x"));
     }
-
 };
 VX_TEST(ScanTest)
 

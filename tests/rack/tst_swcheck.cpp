@@ -1,7 +1,7 @@
 #include "support/testsupport.h"
 
-#include "app/widgets.h"
 #include "rack/swcheck.h"
+#include "ui/widgets.h"
 
 #include <QLineEdit>
 #include <QPushButton>

@@ -15,12 +15,12 @@ int registerTest(Factory factory);
     static const int vx_registered_##Class =                                                       \
         vxtest::registerTest([] { return std::unique_ptr<QObject>(new Class); });
 
-#include "app/people.h"
 #include "link/clock.h"
 #include "link/link.h"
 #include "rack/cardtable.h"
 #include "simline.h"
 #include "simrack.h"
+#include "ui/people.h"
 
 #include <QList>
 #include <QStringList>

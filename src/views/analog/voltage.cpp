@@ -1,11 +1,11 @@
 #include "views/analog/voltage.h"
 
-#include "app/frmloading.h"
-#include "app/people.h"
 #include "link/clock.h"
 #include "link/exchange.h"
 #include "rack/textroutines.h"
-#include "views/common/viewbuilders.h"
+#include "ui/frmloading.h"
+#include "ui/people.h"
+#include "ui/viewbuilders.h"
 
 #include <QGridLayout>
 #include <QLabel>
@@ -45,13 +45,16 @@ CardView *MakeFrmQF8() {
     return new CardView(plan);
 }
 
-FrmQF16::FrmQF16(QWidget *parent) : CardView([] {
-    ViewSpec plan = voltageSpec("frmQF16", "QF16", kChannels);
-    plan.acceptance = Acceptance::NotEmpty;
-    plan.valueArray = true;
-    plan.progress = {[](int ch) { return ch / 2; }, [](int ch) { return ch / 4 + 8; }};
-    return plan;
-}(), parent) {}
+FrmQF16::FrmQF16(QWidget *parent)
+    : CardView(
+          [] {
+              ViewSpec plan = voltageSpec("frmQF16", "QF16", kChannels);
+              plan.acceptance = Acceptance::NotEmpty;
+              plan.valueArray = true;
+              plan.progress = {[](int ch) { return ch / 2; }, [](int ch) { return ch / 4 + 8; }};
+              return plan;
+          }(),
+          parent) {}
 
 void FrmQF16::buildBody(QVBoxLayout *layout) {
     auto *box = new QWidget(this);
@@ -88,7 +91,8 @@ void FrmQF16::buildBody(QVBoxLayout *layout) {
 // Whole numbers on the scale page, reals on the adjust page.
 void FrmQF16::PageKeyFilter(QLineEdit *box, int &key) {
     QWidget *w = box;
-    while (w && !qobject_cast<FrmQF16 *>(w)) w = w->parentWidget();
+    while (w && !qobject_cast<FrmQF16 *>(w))
+        w = w->parentWidget();
     auto *view = qobject_cast<FrmQF16 *>(w);
     if (view && view->m_adjustPage)
         KeyReal(box, key);

@@ -1,14 +1,14 @@
 #include "views/common/cardview.h"
 
-#include "app/frmloading.h"
-#include "app/people.h"
 #include "link/clock.h"
 #include "link/exchange.h"
-#include "link/session.h"
+#include "rack/connection.h"
 #include "rack/limits.h"
 #include "rack/registry.h"
 #include "rack/textroutines.h"
-#include "views/common/viewbuilders.h"
+#include "ui/frmloading.h"
+#include "ui/people.h"
+#include "ui/viewbuilders.h"
 
 #include <QGroupBox>
 #include <QHBoxLayout>
@@ -21,39 +21,73 @@
 namespace StandardParams {
 
 ParamSpec zeroScale() {
-    return {"txtZScale", "Scale", "Zero", "01", [](int ch) { return 2 * ch + 40; },
-            Cell::Param, [](int ch) { return (ch - 1) * 4 + 1; }, FieldKind::Int,
-            ZeroScaleLimit, "Zero Scale:Incorrect settings"};
+    return {"txtZScale",
+            "Scale",
+            "Zero",
+            "01",
+            [](int ch) { return 2 * ch + 40; },
+            Cell::Param,
+            [](int ch) { return (ch - 1) * 4 + 1; },
+            FieldKind::Int,
+            ZeroScaleLimit,
+            "Zero Scale:Incorrect settings"};
 }
 
 ParamSpec fullScale() {
-    return {"txtFScale", "Scale", "Full", "01", [](int ch) { return 2 * ch + 41; },
-            Cell::Param, [](int ch) { return (ch - 1) * 4 + 2; }, FieldKind::Int,
-            FullScaleLimit, "Full Scale:Incorrect settings"};
+    return {"txtFScale",
+            "Scale",
+            "Full",
+            "01",
+            [](int ch) { return 2 * ch + 41; },
+            Cell::Param,
+            [](int ch) { return (ch - 1) * 4 + 2; },
+            FieldKind::Int,
+            FullScaleLimit,
+            "Full Scale:Incorrect settings"};
 }
 
 ParamSpec zeroAdjust() {
-    return {"txtBias", "Adjust", "Zero", "01", [](int ch) { return 2 * ch + 8; },
-            Cell::Param, [](int ch) { return (ch - 1) * 4 + 3; }, FieldKind::Real,
-            ZeroAdjustLimit, "Zero Adjust:Incorrect settings"};
+    return {"txtBias",
+            "Adjust",
+            "Zero",
+            "01",
+            [](int ch) { return 2 * ch + 8; },
+            Cell::Param,
+            [](int ch) { return (ch - 1) * 4 + 3; },
+            FieldKind::Real,
+            ZeroAdjustLimit,
+            "Zero Adjust:Incorrect settings"};
 }
 
 ParamSpec fullAdjust() {
-    return {"txtGain", "Adjust", "Full", "01", [](int ch) { return 2 * ch + 9; },
-            Cell::Param, [](int ch) { return (ch - 1) * 4 + 4; }, FieldKind::Real,
-            FullAdjustLimit, "Full Adjust:Incorrect settings"};
+    return {"txtGain",
+            "Adjust",
+            "Full",
+            "01",
+            [](int ch) { return 2 * ch + 9; },
+            Cell::Param,
+            [](int ch) { return (ch - 1) * 4 + 4; },
+            FieldKind::Real,
+            FullAdjustLimit,
+            "Full Adjust:Incorrect settings"};
 }
 
 ParamSpec unusedFlag() {
-    return {"txtEnable", "", "Unused", "02", [](int ch) { return ch + 41; },
-            Cell::ChParam, [](int ch) { return ch; }, FieldKind::Flag, std::nullopt,
+    return {"txtEnable",
+            "",
+            "Unused",
+            "02",
+            [](int ch) { return ch + 41; },
+            Cell::ChParam,
+            [](int ch) { return ch; },
+            FieldKind::Flag,
+            std::nullopt,
             QString()};
 }
 
 } // namespace StandardParams
 
-CardView::CardView(ViewSpec plan, QWidget *parent)
-    : QWidget(parent), m_spec(std::move(plan)) {
+CardView::CardView(ViewSpec plan, QWidget *parent) : QWidget(parent), m_spec(std::move(plan)) {
     setObjectName(m_spec.formName);
     setFixedSize(kViewWidth, kViewHeight);
     auto *layout = new QVBoxLayout(this);
@@ -64,7 +98,8 @@ CardView::CardView(ViewSpec plan, QWidget *parent)
     txtCardType = ViewBuilders::valueField(fraSetModel, "txtCardType", 10);
     txtCardNo = ViewBuilders::valueField(fraSetModel, "txtCardNo", 3);
     txtVerNo = ViewBuilders::valueField(fraSetModel, "txtVerNo", 10);
-    for (QLineEdit *box : {txtCardType, txtCardNo, txtVerNo}) box->setAlignment(Qt::AlignLeft);
+    for (QLineEdit *box : {txtCardType, txtCardNo, txtVerNo})
+        box->setAlignment(Qt::AlignLeft);
     header->addWidget(ViewBuilders::caption(fraSetModel, "Type"));
     header->addWidget(txtCardType);
     header->addSpacing(12);
@@ -114,9 +149,15 @@ void CardView::buildBody(QVBoxLayout *layout) {
             InstallSelectAllOnFocus(box);
             if (!m_spec.keyFilters) continue;
             switch (param.kind) {
-            case FieldKind::Int: InstallKeyFilter(box, KeyInt); break;
-            case FieldKind::Real: InstallKeyFilter(box, KeyReal); break;
-            case FieldKind::Flag: InstallKeyFilter(box, KeyFlag); break;
+            case FieldKind::Int:
+                InstallKeyFilter(box, KeyInt);
+                break;
+            case FieldKind::Real:
+                InstallKeyFilter(box, KeyReal);
+                break;
+            case FieldKind::Flag:
+                InstallKeyFilter(box, KeyFlag);
+                break;
             }
         }
     }
@@ -127,8 +168,7 @@ QLineEdit *CardView::field(const QString &control, int ch) const {
 }
 
 QLineEdit *CardView::valueBox(int ch) const {
-    const ViewBuilders::GridColumn column{m_spec.valueControl, {}, {}, 0, true,
-                                          !m_spec.valueArray};
+    const ViewBuilders::GridColumn column{m_spec.valueControl, {}, {}, 0, true, !m_spec.valueArray};
     return findChild<QLineEdit *>(ViewBuilders::columnName(column, ch));
 }
 
@@ -212,7 +252,9 @@ void CardView::AddressCard() {
     WriteData(m_spec.retries, "00", "41", QString::number(CardNo));
 }
 
-void CardView::OpenGroup(const QString &group) { WriteData(m_spec.retries, group, "01", "1"); }
+void CardView::OpenGroup(const QString &group) {
+    WriteData(m_spec.retries, group, "01", "1");
+}
 
 QString CardView::ReadValue(const QString &group, int item) {
     return ValueAfterColon(ReadData(m_spec.retries, group, QString::number(item)));
@@ -278,14 +320,20 @@ bool CardView::ValidateDownload() {
 
 bool CardView::Acceptable(const ParamSpec &param, const QString &text) const {
     switch (m_spec.acceptance) {
-    case Acceptance::Always: return true;
-    case Acceptance::NotEmpty: return !text.isEmpty();
-    case Acceptance::Syntax: break;
+    case Acceptance::Always:
+        return true;
+    case Acceptance::NotEmpty:
+        return !text.isEmpty();
+    case Acceptance::Syntax:
+        break;
     }
     switch (param.kind) {
-    case FieldKind::Int: return IsIntText(text);
-    case FieldKind::Real: return IsRealText(text);
-    case FieldKind::Flag: return text == QLatin1String("1") || text == QLatin1String("0");
+    case FieldKind::Int:
+        return IsIntText(text);
+    case FieldKind::Real:
+        return IsRealText(text);
+    case FieldKind::Flag:
+        return text == QLatin1String("1") || text == QLatin1String("0");
     }
     return false;
 }
@@ -352,10 +400,12 @@ void CardView::procCycDataRead() {
         valueBox(ch)->repaint();
     }
     Clock::pause(m_spec.pauseMs);
-    for (int ch = 1; ch <= m_spec.channels; ++ch) valueBox(ch)->setText(ValueText(values.at(ch - 1)));
+    for (int ch = 1; ch <= m_spec.channels; ++ch)
+        valueBox(ch)->setText(ValueText(values.at(ch - 1)));
 }
 
 void CardView::ViewRefresh() {
     for (const ParamSpec &param : m_spec.params)
-        for (int ch = 1; ch <= m_spec.channels; ++ch) ShowParam(param, ch, cellOf(param, ch));
+        for (int ch = 1; ch <= m_spec.channels; ++ch)
+            ShowParam(param, ch, cellOf(param, ch));
 }

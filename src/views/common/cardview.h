@@ -2,7 +2,7 @@
 
 #include "rack/cardtable.h"
 #include "rack/limits.h"
-#include "views/common/viewregistry.h"
+#include "ui/viewregistry.h"
 
 #include <QList>
 #include <QString>

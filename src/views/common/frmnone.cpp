@@ -1,8 +1,8 @@
 #include "views/common/frmnone.h"
 
-#include "app/widgets.h"
 #include "rack/cardtable.h"
 #include "rack/registry.h"
+#include "ui/widgets.h"
 
 #include <QGroupBox>
 #include <QVBoxLayout>

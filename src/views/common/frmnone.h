@@ -1,6 +1,6 @@
 #pragma once
 
-#include "views/common/viewregistry.h"
+#include "ui/viewregistry.h"
 
 #include <QWidget>
 

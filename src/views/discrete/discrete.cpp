@@ -1,11 +1,11 @@
 #include "views/discrete/discrete.h"
 
-#include "app/widgets.h"
 #include "link/clock.h"
 #include "link/exchange.h"
 #include "rack/overview.h"
 #include "rack/textroutines.h"
-#include "views/common/viewbuilders.h"
+#include "ui/viewbuilders.h"
+#include "ui/widgets.h"
 
 #include <QFont>
 #include <QGridLayout>

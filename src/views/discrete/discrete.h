@@ -1,7 +1,7 @@
 #pragma once
 
+#include "rack/overviewio.h"
 #include "views/common/cardview.h"
-#include "views/common/overviewio.h"
 
 #include <QColor>
 #include <QList>

@@ -3,7 +3,7 @@
 #include "link/clock.h"
 #include "link/exchange.h"
 #include "rack/textroutines.h"
-#include "views/common/viewbuilders.h"
+#include "ui/viewbuilders.h"
 
 #include <QGridLayout>
 #include <QLabel>

@@ -1,10 +1,9 @@
 #include "views/discrete/frmxf2.h"
 
-#include "app/frmvxcfg.h"
-#include "app/people.h"
 #include "link/link.h"
-#include "link/session.h"
 #include "rack/cardtable.h"
+#include "rack/connection.h"
+#include "ui/people.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -97,8 +96,9 @@ void FrmXF2::OpenView(const QString &model) {
 }
 
 void FrmXF2::cmdSettings_Click() {
-    FrmVxCfg *window = MainWindow();
-    if (window) window->hide();
+    // The whole program steps aside while the tool has the port: the frame this view lives in.
+    QWidget *frame = window() != this ? window() : nullptr;
+    if (frame) frame->hide();
     if (SerialLine *port = Link::port()) port->close();
     if (!RunSiblingTool(ComPortNo, CardNo))
         People::message("Can't execute VXCFG_TC.exe", QString(), People::Icon::Stop);
@@ -110,5 +110,5 @@ void FrmXF2::cmdSettings_Click() {
             DisconnectRack();
         }
     }
-    if (window) window->show();
+    if (frame) frame->show();
 }

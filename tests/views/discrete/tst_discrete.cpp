@@ -1,9 +1,9 @@
 #include "app/desk.h"
 
-#include "app/widgets.h"
 #include "link/exchange.h"
 #include "rack/monitor.h"
 #include "rack/overview.h"
+#include "ui/widgets.h"
 #include "views/discrete/discrete.h"
 #include "views/discrete/frmqv32.h"
 
@@ -132,7 +132,6 @@ private slots:
         QTRY_VERIFY(rack.sent().contains("I73"));
         QCOMPARE(rack.sent().at(rack.sent().indexOf("G01") + 1), QString("I10"));
     }
-
 };
 
 // The in/out cards draw and read their own overview rows.

@@ -1,4 +1,4 @@
-#include "app/frmloading.h"
+#include "ui/frmloading.h"
 
 #include <QApplication>
 #include <QLabel>
@@ -7,8 +7,8 @@
 #include <QVBoxLayout>
 
 FrmLoading::FrmLoading(QWidget *parent)
-    : QDialog(parent, Qt::Tool | Qt::WindowStaysOnTopHint | Qt::CustomizeWindowHint |
-                          Qt::WindowTitleHint),
+    : QDialog(parent,
+              Qt::Tool | Qt::WindowStaysOnTopHint | Qt::CustomizeWindowHint | Qt::WindowTitleHint),
       pgBarLoading(new QProgressBar(this)), lblLoading(new QLabel(this)) {
     setObjectName("frmLoading");
     setWindowTitle(QStringLiteral("VXCFG"));
@@ -48,6 +48,10 @@ void SetProgress(int value) {
     dialog->pgBarLoading->setValue(std::min(value, dialog->pgBarLoading->maximum()));
 }
 
-void AdvanceProgress() { SetProgress(LoadingDialog()->pgBarLoading->value() + 1); }
+void AdvanceProgress() {
+    SetProgress(LoadingDialog()->pgBarLoading->value() + 1);
+}
 
-void CloseProgress() { LoadingDialog()->hide(); }
+void CloseProgress() {
+    LoadingDialog()->hide();
+}

@@ -1,4 +1,4 @@
-#include "views/common/viewbuilders.h"
+#include "ui/viewbuilders.h"
 
 #include <QFontMetrics>
 #include <QGridLayout>

@@ -7,10 +7,17 @@
 // link makes available. These act on the main window's controls when there is one; without a
 // window (some tests) they keep the module data alone.
 
+#include "rack/connection.h"
+
 // The handshake on an open port: link test, comm card selection and name. True on success.
 bool ConnectRack();
-// Ends the session from anywhere: port closed, timers stopped, indicators off, commands off.
-void DisconnectRack();
+// What a disconnect shows on the frame: its timer stopped, indicators off, commands off. The
+// main window installs it as the handler of DisconnectRack().
+void ShowDisconnected();
+
+// The whole "Upload" of the main window: comm card preamble, special button, scan, card
+// selector, one monitor pass, and the commands on again.
+void UploadRack();
 
 // Group switches of the main window's commands.
 void CommandsOff();

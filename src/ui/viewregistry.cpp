@@ -1,4 +1,4 @@
-#include "views/common/viewregistry.h"
+#include "ui/viewregistry.h"
 
 #include <QHash>
 #include <QPointer>
@@ -11,6 +11,8 @@ struct Entry {
     // A made form dies with its parent (the main window's work area); it is made again then.
     QPointer<QWidget> form;
 };
+
+ViewHost *g_host = nullptr;
 
 QHash<QString, Entry> &entries() {
     static QHash<QString, Entry> table;
@@ -54,4 +56,11 @@ void ClearViewRegistry() {
     entries().clear();
     for (const Entry &entry : table)
         delete entry.form.data();
+}
+
+void SetViewHost(ViewHost *host) {
+    g_host = host;
+}
+ViewHost *CurrentViewHost() {
+    return g_host;
 }

@@ -1,12 +1,14 @@
-#include "link/session.h"
+#include "app/session.h"
 
 #include "app/frmvxcfg.h"
-#include "app/people.h"
-#include "app/widgets.h"
 #include "link/exchange.h"
 #include "link/link.h"
 #include "rack/cardtable.h"
+#include "rack/monitor.h"
 #include "rack/registry.h"
+#include "rack/scan.h"
+#include "ui/people.h"
+#include "ui/widgets.h"
 
 #include <QAction>
 #include <QComboBox>
@@ -115,15 +117,31 @@ bool ConnectRack() {
     return true;
 }
 
-void DisconnectRack() {
-    SerialLine *line = Link::port();
-    if (line && line->isOpen()) line->close();
-    // A step still waiting gives up as soon as its timer is off.
-    IntervalTimerOff();
+void ShowDisconnected() {
     if (FrmVxCfg *w = MainWindow()) w->WaitForTimer->stop();
     setIndicators(false);
-    IsConnected = false;
     CommandsOff();
+}
+
+void UploadRack() {
+    FrmVxCfg *w = MainWindow();
+    CommandsOff();
+    if (w) w->SelectOverview();
+    WriteData(3, "00", "01", "F");
+    WriteData(3, "00", "41", "00");
+    WriteData(3, "01", "01", "1");
+    SetSpecialButton(ReadData(3, "00", "04"));
+    ScanRack();
+    if (w) w->FillCardSelector();
+    ReadOverview();
+    // The port went away during the scan: the session has ended, its commands stay off.
+    if (!IsConnected) return;
+    CommandsOn();
+    if (w) {
+        w->cmdSWcheck->setEnabled(true);
+        w->mnuFilesOpen->setEnabled(true);
+        w->mnuFilesSave->setEnabled(true);
+    }
 }
 
 void CommandsOff() {

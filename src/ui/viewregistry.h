@@ -31,3 +31,16 @@ QWidget *LoadedView(const QString &formName);
 bool IsViewRegistered(const QString &formName);
 // Forgets every factory and every made form (tests); made forms are deleted.
 void ClearViewRegistry();
+
+// Where views are put on show: the main window's work area. The window installs itself as the
+// host; without one (some tests) a view shows as a window of its own.
+class ViewHost {
+public:
+    virtual ~ViewHost() = default;
+    // Puts the view at the top left of the work area at the fixed view size.
+    virtual void placeView(QWidget *view) = 0;
+    // Hides every view of the work area but this one.
+    virtual void hideViewsBut(QWidget *view) = 0;
+};
+void SetViewHost(ViewHost *host);
+ViewHost *CurrentViewHost();

@@ -1,9 +1,9 @@
-#include "views/allviews.h"
+#include "app/allviews.h"
 
 #include "rack/overview.h"
+#include "ui/viewregistry.h"
 #include "views/analog/voltage.h"
 #include "views/common/frmnone.h"
-#include "views/common/viewregistry.h"
 #include "views/discrete/discrete.h"
 #include "views/discrete/frmqv32.h"
 #include "views/discrete/frmxf2.h"
