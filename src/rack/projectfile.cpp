@@ -1,20 +1,16 @@
 #include "rack/projectfile.h"
 
 #include "ui/people.h"
+#include "ui/textfile.h"
 
 #include <QDir>
-#include <QFile>
-#include <QFileInfo>
-#include <QSaveFile>
-#include <QStringDecoder>
 #include <QStringEncoder>
 
 namespace ProjectFile {
 
 namespace {
 
-WriteFunction g_write;
-
+const QString kKind = QStringLiteral("a project file");
 const QChar kQuote = QLatin1Char('"');
 const QChar kComma = QLatin1Char(',');
 
@@ -55,42 +51,6 @@ QString fieldPlace(int record, int index) {
     return where + QStringLiteral(", channel %1").arg(index - 1 - CardRecord::kParams);
 }
 
-// Control characters other than tab and line ends never stand in a text file. They are the
-// same bytes in every code page this program meets, so the raw bytes are looked at.
-bool holdsBinary(const QByteArray &bytes) {
-    for (const char c : bytes) {
-        const auto u = static_cast<unsigned char>(c);
-        if ((u < 0x20 && u != '\t' && u != '\r' && u != '\n') || u == 0x7f) return true;
-    }
-    return false;
-}
-
-// The file's lines with their numbers (counted from 1), blank lines left out. CR LF, LF and a
-// lone CR all end a line.
-struct NumberedLine {
-    int number;
-    QString text;
-};
-QList<NumberedLine> textLines(const QString &text) {
-    QList<NumberedLine> lines;
-    int number = 1;
-    qsizetype start = 0;
-    const qsizetype n = text.size();
-    while (start <= n) {
-        qsizetype end = start;
-        while (end < n && text.at(end) != QLatin1Char('\r') && text.at(end) != QLatin1Char('\n'))
-            ++end;
-        const QString line = text.mid(start, end - start);
-        if (!trimBlanks(line).isEmpty()) lines.append({number, line});
-        if (end >= n) break;
-        start = end + 1;
-        if (text.at(end) == QLatin1Char('\r') && start < n && text.at(start) == QLatin1Char('\n'))
-            ++start;
-        ++number;
-    }
-    return lines;
-}
-
 // The lines of a file, each with its CR LF, in the system's code page.
 QList<QByteArray> encodedLines(const Table &table, QString *error) {
     QList<QByteArray> lines;
@@ -108,10 +68,6 @@ QList<QByteArray> encodedLines(const Table &table, QString *error) {
         lines.append(bytes);
     }
     return lines;
-}
-
-qint64 writeBytes(QIODevice &device, const QByteArray &bytes) {
-    return g_write ? g_write(device, bytes) : device.write(bytes);
 }
 
 } // namespace
@@ -232,18 +188,10 @@ Parsed ParseFile(const QByteArray &bytes) {
         parsed.error = QStringLiteral("The file is too large to be a project file.");
         return parsed;
     }
-    if (holdsBinary(bytes)) {
-        parsed.error = QStringLiteral("The file holds binary data; it is not a project file.");
-        return parsed;
-    }
-    QStringDecoder decoder(QStringConverter::System);
-    const QString text = decoder(bytes);
-    if (decoder.hasError()) {
-        parsed.error = QStringLiteral("The file holds characters that the system's code page "
-                                      "cannot read; it is not a project file of this system.");
-        return parsed;
-    }
-    const QList<NumberedLine> lines = textLines(text);
+    QString text;
+    parsed.error = TextFile::decode(bytes, kKind, text);
+    if (!parsed.ok()) return parsed;
+    const QList<TextFile::Line> lines = TextFile::lines(text);
     if (lines.size() < kLines) {
         parsed.error = QStringLiteral("The file ends after %1 of the %2 lines of a project file.")
                            .arg(lines.size())
@@ -251,7 +199,7 @@ Parsed ParseFile(const QByteArray &bytes) {
         return parsed;
     }
     for (int r = 0; r < kLines; ++r) {
-        const NumberedLine &line = lines.at(r);
+        const TextFile::Line &line = lines.at(r);
         const LineFields fields = ParseLine(line.text);
         if (!fields.error.isEmpty()) {
             parsed.error = QStringLiteral("Line %1: %2").arg(line.number).arg(fields.error);
@@ -311,17 +259,9 @@ Table CurrentTable() {
 }
 
 QString ReadProjectFile(const QString &path, Table &table) {
-    const QFileInfo info(path);
-    // A device or a pipe could feed the reader for ever; a project file is a plain file.
-    if (info.exists() && !info.isFile())
-        return QStringLiteral("This is not a file that can be read as a project file.");
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) return file.errorString();
-    if (file.size() > kMaxFileBytes)
-        return QStringLiteral("The file is too large to be a project file.");
-    const QByteArray bytes = file.read(kMaxFileBytes + 1);
-    if (file.error() != QFileDevice::NoError) return file.errorString();
-    file.close();
+    QByteArray bytes;
+    const QString error = TextFile::readBytes(path, kMaxFileBytes, kKind, bytes);
+    if (!error.isEmpty()) return error;
     Parsed parsed = ParseFile(bytes);
     if (!parsed.ok()) return parsed.error;
     table = std::move(parsed.table);
@@ -334,29 +274,11 @@ QString WriteProjectFile(const QString &path, const Table &table) {
     QString error;
     const QList<QByteArray> lines = encodedLines(table, &error);
     if (!error.isEmpty()) return error;
-
-    QSaveFile file(path);
-    // Unbuffered, so each write reaches the disk and reports its own count: a buffer flushed by
-    // commit() can come out short with no error at all, and commit() would keep the stub.
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) return file.errorString();
-    for (const QByteArray &line : lines) {
-        // A short count without an error state is a full disk too: commit() would keep a
-        // truncated file, so nothing short of every byte is accepted.
-        if (writeBytes(file, line) != line.size()) {
-            error = file.error() != QFileDevice::NoError
-                        ? file.errorString()
-                        : QStringLiteral("Not all of the file could be written; the disk may "
-                                         "be full.");
-            file.cancelWriting();
-            return error;
-        }
-    }
-    if (!file.commit()) return file.errorString();
-    return {};
+    return TextFile::writeChunks(path, lines);
 }
 
 void setWriteFunction(WriteFunction write) {
-    g_write = std::move(write);
+    TextFile::setWriteFunction(std::move(write));
 }
 
 } // namespace ProjectFile

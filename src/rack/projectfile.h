@@ -1,6 +1,7 @@
 #pragma once
 
 #include "rack/cardtable.h"
+#include "ui/textfile.h"
 
 #include <QByteArray>
 #include <QString>
@@ -84,7 +85,7 @@ QString WriteProjectFile(const QString &path, const Table &table);
 
 // Every write of a save goes through this; tests replace it to make the disk fail on a given
 // write. An empty function restores the plain write.
-using WriteFunction = std::function<qint64(QIODevice &device, const QByteArray &bytes)>;
+using WriteFunction = TextFile::WriteFunction;
 void setWriteFunction(WriteFunction write);
 
 } // namespace ProjectFile
