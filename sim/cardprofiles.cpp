@@ -1,29 +1,15 @@
 #include "cardprofiles.h"
 
-#include <QtMath>
+#include "profiles/support.h"
+
 #include <memory>
 
-namespace {
-
-bool startsWithAny(const QString &name, std::initializer_list<const char *> prefixes) {
-    for (const char *prefix : prefixes)
-        if (name.startsWith(QLatin1String(prefix))) return true;
-    return false;
-}
-
-// A value that drifts slowly, different for every channel, so a watching user sees it live.
-QString drifting(int ch, qint64 ms, double centre, double swing) {
-    const double v = centre + swing * qSin(ms / 1500.0 + ch * 0.7);
-    return QString::number(v, 'f', 2);
-}
-
-} // namespace
+using namespace SimProfile;
 
 void InstallVoltageProfile(SimCard &card, int channels) {
     card.setItem("01", "01", "D1");
     card.setItem("02", "01", "D1");
     for (int ch = 1; ch <= channels; ++ch) {
-        const auto item = [](int n) { return QStringLiteral("%1").arg(n, 2, 10, QLatin1Char('0')); };
         card.setItem("01", item(2 * ch + 40), "D0");
         card.setItem("01", item(2 * ch + 41), "D10000");
         card.setItem("01", item(2 * ch + 8), "D0.0");
@@ -99,11 +85,6 @@ QString outputHex(int count, qint64 ms, int digits) {
     return QStringLiteral("%1").arg(word, digits, 16, QLatin1Char('0')).toUpper();
 }
 
-int liveChannel(const QString &item, int channels) {
-    const int ch = item.toInt() - 9;
-    return ch >= 1 && ch <= channels ? ch : 0;
-}
-
 } // namespace
 
 void InstallDiscreteProfile(SimCard &card, int channels) {
@@ -175,36 +156,39 @@ void InstallXF2Profile(SimCard &card) {
     };
 }
 
+namespace {
+
+struct ProfileRow {
+    std::initializer_list<const char *> prefixes;
+    void (*install)(SimCard &card);
+};
+
+// The first row whose prefix begins the model wins, so a longer prefix stands before a shorter
+// one that would also fit. A new family adds its rows here.
+const ProfileRow kProfiles[] = {
+    {{"QF4", "QG4", "QH4", "QJ4", "QK4"}, [](SimCard &c) { InstallVoltageProfile(c, 4); }},
+    {{"QF8", "QG8", "QH8", "QJ8", "QK8"}, [](SimCard &c) { InstallVoltageProfile(c, 8); }},
+    {{"QF1", "QG1"}, [](SimCard &c) { InstallVoltageProfile(c, 16); }},
+    {{"XDU"}, InstallMultiPowerProfile},
+    {{"XE"}, InstallCalorieProfile},
+    {{"QZ8"}, InstallPulseProfile},
+    {{"QT8", "QU8"}, [](SimCard &c) { InstallDiscreteProfile(c, 8); }},
+    {{"QTC", "XB1", "XC8"}, InstallInOutProfile},
+    {{"QT1", "QU1"}, [](SimCard &c) { InstallDiscreteProfile(c, 16); }},
+    {{"QT3", "QU3"}, [](SimCard &c) { InstallDiscreteProfile(c, 32); }},
+    {{"QT6", "QU6"}, [](SimCard &c) { InstallDiscreteProfile(c, 64); }},
+    {{"QV3", "QW3"}, InstallBcdProfile},
+    {{"XF2"}, InstallXF2Profile},
+};
+
+} // namespace
+
 bool InstallProfile(SimCard &card) {
-    const QString &m = card.model;
-    if (startsWithAny(m, {"QF4", "QG4", "QH4", "QJ4", "QK4"})) {
-        InstallVoltageProfile(card, 4);
-    } else if (startsWithAny(m, {"QF8", "QG8", "QH8", "QJ8", "QK8"})) {
-        InstallVoltageProfile(card, 8);
-    } else if (startsWithAny(m, {"QF1", "QG1"})) {
-        InstallVoltageProfile(card, 16);
-    } else if (startsWithAny(m, {"XDU"})) {
-        InstallMultiPowerProfile(card);
-    } else if (startsWithAny(m, {"XE"})) {
-        InstallCalorieProfile(card);
-    } else if (startsWithAny(m, {"QZ8"})) {
-        InstallPulseProfile(card);
-    } else if (startsWithAny(m, {"QT8", "QU8"})) {
-        InstallDiscreteProfile(card, 8);
-    } else if (startsWithAny(m, {"QTC", "XB1", "XC8"})) {
-        InstallInOutProfile(card);
-    } else if (startsWithAny(m, {"QT1", "QU1"})) {
-        InstallDiscreteProfile(card, 16);
-    } else if (startsWithAny(m, {"QT3", "QU3"})) {
-        InstallDiscreteProfile(card, 32);
-    } else if (startsWithAny(m, {"QT6", "QU6"})) {
-        InstallDiscreteProfile(card, 64);
-    } else if (startsWithAny(m, {"QV3", "QW3"})) {
-        InstallBcdProfile(card);
-    } else if (startsWithAny(m, {"XF2"})) {
-        InstallXF2Profile(card);
-    } else {
-        return false;
+    for (const ProfileRow &row : kProfiles) {
+        if (startsWithAny(card.model, row.prefixes)) {
+            row.install(card);
+            return true;
+        }
     }
-    return true;
+    return false;
 }

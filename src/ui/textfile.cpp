@@ -12,7 +12,9 @@ namespace {
 
 WriteFunction g_write;
 
-bool isBlank(QChar c) { return c == QLatin1Char(' ') || c == QLatin1Char('\t'); }
+bool isBlank(QChar c) {
+    return c == QLatin1Char(' ') || c == QLatin1Char('\t');
+}
 
 bool isBlankLine(const QString &line) {
     for (const QChar c : line)
@@ -137,6 +139,8 @@ QString writeLines(const QString &path, const QStringList &lines, const QByteArr
     return writeChunks(path, chunks);
 }
 
-void setWriteFunction(WriteFunction write) { g_write = std::move(write); }
+void setWriteFunction(WriteFunction write) {
+    g_write = std::move(write);
+}
 
 } // namespace TextFile
