@@ -44,6 +44,11 @@ FrmComPort::FrmComPort(QWidget *parent) : QDialog(parent) {
     lblDevice->setWordWrap(true);
     portRow->addWidget(lblDevice, 1);
     layout->addLayout(portRow);
+    lblLatency = MakeLabel(this, "lblLatency", QString());
+    lblLatency->setWordWrap(true);
+    lblLatency->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    lblLatency->hide();
+    layout->addWidget(lblLatency);
 
     QGroupBox *setting = MakeFrame(this, "fraSetting", QStringLiteral("Setting"));
     auto *settings = new QVBoxLayout(setting);
@@ -77,8 +82,13 @@ void FrmComPort::Form_Load() {
 }
 
 void FrmComPort::showDevice() {
-    if (combBPS->currentIndex() >= 0)
-        lblDevice->setText(ComPorts::describe(combBPS->currentIndex() + 1));
+    if (combBPS->currentIndex() < 0) return;
+    const int com = combBPS->currentIndex() + 1;
+    lblDevice->setText(ComPorts::describe(com));
+    const QString advice = ComPorts::latencyAdvice(ComPorts::resolve(com));
+    lblLatency->setText(advice);
+    lblLatency->setVisible(!advice.isEmpty());
+    adjustSize();
 }
 
 void FrmComPort::cmdOK_Click() {

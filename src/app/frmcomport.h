@@ -17,6 +17,8 @@ public:
     QComboBox *combBPS;
     // Where the selected COM number leads on this machine, or why it would not open.
     QLabel *lblDevice;
+    // A USB adapter that holds replies back, with the line that changes it; hidden otherwise.
+    QLabel *lblLatency;
     QPushButton *cmdOK;
     QPushButton *cmdExit;
 

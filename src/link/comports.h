@@ -15,4 +15,15 @@ QString resolve(int comNumber);
 // A text for the port dialog, e.g. "/dev/ttyUSB0" or "no device".
 QString describe(int comNumber);
 
+// Most USB serial adapters hold a short reply back for their latency timer (16 ms by default on
+// the common ones), which costs more than the line itself on a scan of short replies. The timer
+// of the adapter behind `device` (a path or a link to one) in milliseconds, read from sysfs
+// below `sysRoot`; -1 when the device has none (no USB adapter, or a driver without one).
+int latencyTimerMs(const QString &device, const QString &sysRoot = QStringLiteral("/sys"));
+// Above this the port dialog suggests the change.
+inline constexpr int kLatencyAdviceMs = 1;
+// For the port dialog: the timer and the one line that sets it to 1 ms, or the empty text when
+// the adapter has no timer or it is already low.
+QString latencyAdvice(const QString &device, const QString &sysRoot = QStringLiteral("/sys"));
+
 } // namespace ComPorts

@@ -5,13 +5,20 @@
 #include <QFileInfo>
 #include <QSerialPort>
 
+#ifdef Q_OS_LINUX
+#include <linux/serial.h>
+#include <sys/ioctl.h>
+#endif
+
 QSerialLine::QSerialLine(QObject *parent) : SerialLine(parent), m_port(new QSerialPort(this)) {
     connect(m_port, &QSerialPort::readyRead, this, &SerialLine::readyRead);
     connect(m_port, &QSerialPort::errorOccurred, this,
             [this](QSerialPort::SerialPortError e) { onError(static_cast<int>(e)); });
 }
 
-QSerialLine::~QSerialLine() { close(); }
+QSerialLine::~QSerialLine() {
+    close();
+}
 
 bool QSerialLine::open(int comNumber, QString *error) {
     return openDevice(ComPorts::resolve(comNumber), error);
@@ -40,21 +47,44 @@ bool QSerialLine::openDevice(const QString &path, QString *error) {
     m_port->setDataBits(QSerialPort::Data8);
     m_port->setStopBits(QSerialPort::OneStop);
     m_port->setFlowControl(QSerialPort::NoFlowControl);
-    if (m_port->open(QIODevice::ReadWrite)) return true;
+    if (m_port->open(QIODevice::ReadWrite)) {
+        askForLowLatency();
+        return true;
+    }
     if (error) *error = openErrorText(m_port->error(), path);
     m_port->clearError();
     return false;
+}
+
+// A short reply should reach the program as soon as its CR is in: ask the driver not to hold
+// received bytes back. Drivers without the setting (a pseudo-terminal, most built-in ports)
+// refuse, and nothing is lost then.
+void QSerialLine::askForLowLatency() {
+#ifdef Q_OS_LINUX
+    const int fd = static_cast<int>(m_port->handle());
+    serial_struct serial{};
+    if (fd < 0 || ::ioctl(fd, TIOCGSERIAL, &serial) != 0) return;
+    if (serial.flags & ASYNC_LOW_LATENCY) return;
+    serial.flags |= ASYNC_LOW_LATENCY;
+    ::ioctl(fd, TIOCSSERIAL, &serial);
+#endif
 }
 
 void QSerialLine::close() {
     if (m_port->isOpen()) m_port->close();
 }
 
-bool QSerialLine::isOpen() const { return m_port->isOpen(); }
+bool QSerialLine::isOpen() const {
+    return m_port->isOpen();
+}
 
-qint64 QSerialLine::bytesAvailable() const { return m_port->isOpen() ? m_port->bytesAvailable() : 0; }
+qint64 QSerialLine::bytesAvailable() const {
+    return m_port->isOpen() ? m_port->bytesAvailable() : 0;
+}
 
-QByteArray QSerialLine::readAll() { return m_port->isOpen() ? m_port->readAll() : QByteArray(); }
+QByteArray QSerialLine::readAll() {
+    return m_port->isOpen() ? m_port->readAll() : QByteArray();
+}
 
 void QSerialLine::write(const QByteArray &data) {
     if (!m_port->isOpen()) return;

@@ -23,5 +23,6 @@ public:
 
 private:
     void onError(int error);
+    void askForLowLatency();
     QSerialPort *m_port;
 };
