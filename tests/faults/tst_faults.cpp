@@ -113,7 +113,7 @@ struct ScannedRack : Desk {
     bool leaveLateReply() {
         sim.rack.addFault({SimFault::Late, QString(), 1, 2000});
         if (!ReadDataOnce("00", "40").isEmpty()) return false;
-        return QTest::qWaitFor([this] { return sim.line->bytesAvailable() > 0; }, 2000);
+        return QTest::qWaitFor([this] { return sim.line->bytesAvailable() > 0; }, 10000);
     }
 
     bool incompleteShown(int times = 1) const {
@@ -143,7 +143,7 @@ CardView *openQF8(ScannedRack &rack) {
     if (!pickCard(*rack.window, 8)) return nullptr;
     auto *view = qobject_cast<CardView *>(LoadedView(QStringLiteral("frmQF8")));
     // The cycle runs before anything else is asked of the view.
-    if (view && !QTest::qWaitFor([&] { return rack.sim.rack.commands().count("I10") >= 2; }, 2000))
+    if (view && !QTest::qWaitFor([&] { return rack.sim.rack.commands().count("I10") >= 2; }, 10000))
         return nullptr;
     return view;
 }
@@ -289,7 +289,7 @@ private slots:
             CardView *view = inView ? openQF8(rack) : nullptr;
             QVERIFY(!inView || view);
             rack.sim.line->cut();
-            QVERIFY(QTest::qWaitFor([] { return !IsConnected; }, 2000));
+            QVERIFY(QTest::qWaitFor([] { return !IsConnected; }, 10000));
             QVERIFY(rack.disconnected());
             QTest::qWait(50);
             QVERIFY(rack.messages.messages.isEmpty());
