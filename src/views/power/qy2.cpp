@@ -205,13 +205,21 @@ void FrmQY2::buildSettings(QGridLayout *grid) {
         grid->addWidget(ViewBuilders::caption(this, QStringLiteral("CH %1").arg(e), true), 0,
                         e + 1);
     int row = 1;
+    const char *lastGroup = "";
     for (const Setting &setting : kSettings) {
-        if (*setting.groupCaption) {
-            captionAt(grid, setting.groupCaption, row, 0);
-            captionAt(grid, setting.caption, row, 1);
-        } else {
+        if (!*setting.groupCaption) {
             captionAt(grid, setting.caption, row, 0, 2);
+        } else {
+            // A group caption stands once, beside all the rows it heads.
+            if (qstrcmp(setting.groupCaption, lastGroup) != 0) {
+                int span = 0;
+                for (const Setting &other : kSettings)
+                    span += qstrcmp(other.groupCaption, setting.groupCaption) == 0 ? 1 : 0;
+                grid->addWidget(ViewBuilders::caption(this, setting.groupCaption), row, 0, span, 1);
+            }
+            captionAt(grid, setting.caption, row, 1);
         }
+        lastGroup = setting.groupCaption;
         for (int e = 1; e <= 2; ++e) {
             QLineEdit *box = ViewBuilders::field(this, arrayName(setting.control, e), 8);
             InstallSelectAllOnFocus(box);

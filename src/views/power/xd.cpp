@@ -393,6 +393,8 @@ void FrmXD40::buildBody(QVBoxLayout *layout) {
         for (int e = 1; e <= 4; ++e)
             addField(live, row, e, liveName(row, e), true, 7);
     }
+    // Rows a layout hides leave their room below the others, not between them.
+    live->setRowStretch(5, 1);
     QGridLayout *dropOut = frameGrid(this, middle, "Drop-Out");
     dropOut->addWidget(ViewBuilders::caption(this, "Drop-Out(%)"), 0, 0);
     addField(dropOut, 0, 1, "txtZeroScale", false, 5);
