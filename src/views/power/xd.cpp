@@ -138,6 +138,13 @@ void columnCaptions(QWidget *parent, QGridLayout *grid, const QStringList &capti
         grid->addWidget(ViewBuilders::caption(parent, captions.at(c), true), 0, first + c);
 }
 
+// The caption of the ratings' middle column, which the model rules change.
+QLabel *ratingColumnLabel(QGridLayout *ratings) {
+    auto *label = qobject_cast<QLabel *>(ratings->itemAtPosition(0, 2)->widget());
+    label->setObjectName("lblRatingU");
+    return label;
+}
+
 } // namespace
 
 PowerTransducerView::PowerTransducerView(ViewSpec spec, XdPlan plan, QWidget *parent)
@@ -318,7 +325,7 @@ void FrmXD10::buildBody(QVBoxLayout *layout) {
     auto *bottom = new QHBoxLayout;
     QGridLayout *ratings = frameGrid(this, bottom, "Transformers");
     columnCaptions(this, ratings, {"PRI", "U", "SEC"});
-    m_ratingColumnLabels = {qobject_cast<QLabel *>(ratings->itemAtPosition(0, 2)->widget())};
+    m_ratingColumnLabels = {ratingColumnLabel(ratings)};
     ratings->addWidget(ViewBuilders::caption(this, "CT(A)"), 1, 0);
     addField(ratings, 1, 1, "txtCTScale1");
     addField(ratings, 1, 2, "txtCTScale2");
@@ -369,7 +376,7 @@ void FrmXD40::buildBody(QVBoxLayout *layout) {
 
     QGridLayout *ratings = frameGrid(this, top, "Transformers");
     columnCaptions(this, ratings, {"PRI", "U", "SEC"});
-    m_ratingColumnLabels = {qobject_cast<QLabel *>(ratings->itemAtPosition(0, 2)->widget())};
+    m_ratingColumnLabels = {ratingColumnLabel(ratings)};
     for (int e = 1; e <= 4; ++e) {
         ratings->addWidget(ViewBuilders::caption(this, QStringLiteral("CT%1(A)").arg(e)), e, 0);
         addField(ratings, e, 1, arrayName("txtCTScale1", e), false, 6);
