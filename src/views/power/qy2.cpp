@@ -281,6 +281,7 @@ void FrmQY2::buildLive(QGridLayout *grid) {
         }
         ++row;
     }
+    grid->setRowStretch(row, 1);
 }
 
 void FrmQY2::watch(QLineEdit *box, std::function<TypingRange()> range) {
