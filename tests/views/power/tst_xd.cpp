@@ -1,10 +1,8 @@
 #include "app/desk.h"
 
-#include "rack/projectfile.h"
 #include "views/power/xd.h"
 
 #include <QLabel>
-#include <QTemporaryDir>
 
 using vxtest::CardDesk;
 using vxtest::preamble;
@@ -269,32 +267,6 @@ private slots:
         runClear(rack);
         rack.sim.rack.setTime(601000);
         QTRY_COMPARE(named(rack, "txtParData01(5)")->text(), QString("0007"));
-    }
-
-    // What an Upload put in the record comes back from a project file to the card unchanged.
-    void projectFileRoundTrip() {
-        CardDesk rack("XD4-AC10", 6);
-        SimCard &card = rack.sim.rack.slot(6);
-        for (int item : fourCircuitItems(false))
-            card.setItem("01", QString::number(item), "D" + valueOf(item));
-        const auto original = card.groups["01"];
-        rack.runWorker(rack.view->cmdUp);
-        QTemporaryDir dir;
-        People::setFileHandler([&](const People::FileRequest &) { return dir.filePath("r.uJx"); });
-        SaveProjectFile();
-        InstallProfile(card);
-        for (int k = 1; k <= 64; ++k)
-            CardTable(6).Param(k).clear();
-        OpenProjectFile();
-        People::setFileHandler({});
-        for (int entry : {0, 6}) {
-            rack.window->cboCardNo->setCurrentIndex(entry);
-            rack.window->cboCardNo_Click();
-        }
-        rack.runWorker(rack.view->cmdDown);
-        for (auto item = original.cbegin(); item != original.cend(); ++item)
-            if (item.key() != "81") QCOMPARE(card.groups["01"][item.key()], item.value());
-        QVERIFY(rack.messages.messages.isEmpty());
     }
 };
 
