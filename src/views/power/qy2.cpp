@@ -220,30 +220,20 @@ void FrmQY2::buildSettings(QGridLayout *grid) {
             captionAt(grid, setting.caption, row, 1);
         }
         lastGroup = setting.groupCaption;
-        for (int e = 1; e <= 2; ++e) {
-            QLineEdit *box = ViewBuilders::field(this, arrayName(setting.control, e), 8);
-            InstallSelectAllOnFocus(box);
-            InstallKeyFilter(box, setting.sign ? KeySigned : KeyUnsigned);
-            watch(box, [range = setting.range] { return range; });
-            grid->addWidget(box, row, e + 1);
-        }
+        for (int e = 1; e <= 2; ++e)
+            grid->addWidget(checkedField(arrayName(setting.control, e),
+                                         setting.sign ? KeySigned : KeyUnsigned,
+                                         [range = setting.range] { return range; }),
+                            row, e + 1);
         ++row;
     }
     captionAt(grid, "CH2 Disable", row, 0, 2);
-    QLineEdit *enable = ViewBuilders::field(this, kEnable, 8);
-    InstallSelectAllOnFocus(enable);
-    InstallKeyFilter(enable, KeyUnsigned);
-    watchEnable(enable);
-    grid->addWidget(enable, row, 3);
+    grid->addWidget(checkedField(kEnable, KeyUnsigned, {}), row, 3);
 }
 
 void FrmQY2::buildCommon(QGridLayout *grid) {
     captionAt(grid, "Coefficient Cal.", 0, 0);
-    QLineEdit *coff = ViewBuilders::field(this, kCoff, 8);
-    InstallSelectAllOnFocus(coff);
-    InstallKeyFilter(coff, KeyUnsigned);
-    watch(coff, [] { return kCoffRange; });
-    grid->addWidget(coff, 0, 1);
+    grid->addWidget(checkedField(kCoff, KeyUnsigned, [] { return kCoffRange; }), 0, 1);
     const std::pair<const char *, const char *> readOnly[] = {
         {"Temp2", "txtTemp2"}, {"Burnout", "txtBurnout"}, {"Conv.Speed", "txtConvSpeed"}};
     int row = 1;
@@ -267,21 +257,31 @@ void FrmQY2::buildLive(QGridLayout *grid) {
         captionAt(grid, "Preset", row, 0);
         const bool calories = isCalorieTotal(field.control);
         for (int e = 1; e <= 2; ++e) {
-            QLineEdit *box = ViewBuilders::field(this, presetName(field.control, e), 10);
-            InstallSelectAllOnFocus(box);
-            if (calories) {
-                InstallKeyFilter(box, &FrmQY2::KeyCaloriePreset);
-                // An unknown unit has no range: only what the keys cannot make passes.
-                watch(box, [this, e] { return calorieRange(e).value_or(TypingRange{2, 0, 0}); });
-            } else {
-                InstallKeyFilter(box, KeyUnsigned);
-                watch(box, [] { return kFlowPresetRange; });
-            }
-            grid->addWidget(box, row, e);
+            const QString name = presetName(field.control, e);
+            // An unknown unit has no range: only what the keys cannot make passes.
+            const auto byUnit = [this, e] {
+                return calorieRange(e).value_or(TypingRange{2, 0, 0});
+            };
+            grid->addWidget(calories ? checkedField(name, &FrmQY2::KeyCaloriePreset, byUnit, 10)
+                                     : checkedField(
+                                           name, KeyUnsigned, [] { return kFlowPresetRange; }, 10),
+                            row, e);
         }
         ++row;
     }
     grid->setRowStretch(row, 1);
+}
+
+QLineEdit *FrmQY2::checkedField(const QString &name, KeyFilter keys,
+                                std::function<TypingRange()> range, int chars) {
+    QLineEdit *box = ViewBuilders::field(this, name, chars);
+    InstallSelectAllOnFocus(box);
+    InstallKeyFilter(box, keys);
+    if (range)
+        watch(box, std::move(range));
+    else
+        watchEnable(box);
+    return box;
 }
 
 void FrmQY2::watch(QLineEdit *box, std::function<TypingRange()> range) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "rack/textroutines.h"
 #include "views/common/cardview.h"
 
 #include <QHash>
@@ -48,6 +49,9 @@ protected:
     void ViewRefresh() override;
 
 private:
+    // An editable field with its key filter and its check; no range: the flag's check.
+    QLineEdit *checkedField(const QString &name, KeyFilter keys, std::function<TypingRange()> range,
+                            int chars = 8);
     // The field check, hung on the change of a field's text.
     void watch(QLineEdit *box, std::function<TypingRange()> range);
     void watchEnable(QLineEdit *box);
