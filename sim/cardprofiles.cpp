@@ -1,5 +1,7 @@
 #include "cardprofiles.h"
 
+#include "profiles/calorie.h"
+#include "profiles/power.h"
 #include "profiles/support.h"
 
 #include <memory>
@@ -170,6 +172,8 @@ const ProfileRow kProfiles[] = {
     {{"QF8", "QG8", "QH8", "QJ8", "QK8"}, [](SimCard &c) { InstallVoltageProfile(c, 8); }},
     {{"QF1", "QG1"}, [](SimCard &c) { InstallVoltageProfile(c, 16); }},
     {{"XDU"}, InstallMultiPowerProfile},
+    {{"XD1", "XD4"}, InstallPowerTransducerProfile},
+    {{"QY2"}, InstallCalorieMeterProfile},
     {{"XE"}, InstallCalorieProfile},
     {{"QZ8"}, InstallPulseProfile},
     {{"QT8", "QU8"}, [](SimCard &c) { InstallDiscreteProfile(c, 8); }},

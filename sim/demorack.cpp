@@ -24,6 +24,9 @@ const DemoCard kDemoCards[] = {
     {7, "QTC16", "", "1.00", "00,00,00"},
     {8, "QF8", "", "1.22", "00,00,00"},
     {10, "QF16", "", "1.02", "00,08,00"},
+    // The eighth character of a four-circuit card's name is its word layout: W, Whi, Who.
+    {12, "XD4-AC10", "", "1.12", "00,00,04"},
+    {13, "QY2", "", "1.04", "02,00,00"},
 };
 
 } // namespace

@@ -7,6 +7,8 @@
 #include "views/discrete/discrete.h"
 #include "views/discrete/frmqv32.h"
 #include "views/discrete/frmxf2.h"
+#include "views/power/qy2.h"
+#include "views/power/xd.h"
 
 // One line per form, kept in one place: registrations spread over a static library would be
 // dropped by the linker wherever nothing else refers to their file.
@@ -20,4 +22,7 @@ void RegisterAllViews() {
         RegisterView(plan.formName, [form = plan.formName] { return MakeDiscreteView(form); });
     RegisterView("frmQV32", [] { return new FrmQV32; });
     RegisterView("frmXF2", [] { return new FrmXF2; });
+    RegisterView("frmXD10", [] { return new FrmXD10; });
+    RegisterView("frmXD40", [] { return new FrmXD40; });
+    RegisterView("frmQY2", [] { return new FrmQY2; });
 }
