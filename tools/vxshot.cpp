@@ -65,12 +65,15 @@ QObject *findNamed(const QString &name) {
     return nullptr;
 }
 
-// Ends every modal loop first, so the main loop can end.
-void finish(int code) {
+// Ends as the program ends when its window is closed (the port closed first, so no exchange
+// is left waiting), after every modal loop.
+void finish() {
     for (QWidget *top : QApplication::topLevelWidgets())
         if (auto *dialog = qobject_cast<QDialog *>(top); dialog && dialog->isVisible())
             dialog->reject();
-    QTimer::singleShot(0, qApp, [code] { QCoreApplication::exit(code); });
+    QTimer::singleShot(0, qApp, [] {
+        if (MainWindow()) MainWindow()->close();
+    });
 }
 
 void runNext();
@@ -140,7 +143,7 @@ bool perform(const Step &step, int &delay) {
 
 void runNext() {
     if (g_steps.empty()) {
-        finish(0);
+        finish();
         return;
     }
     const Step step = g_steps.front();

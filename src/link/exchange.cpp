@@ -93,7 +93,9 @@ void SendRecv(const QString &command, QString &reply) {
             }
         }
         if (IntervalTimerCheck() || !IntervalTimerEnabled() || !line || !line->isOpen()) break;
-        loop.exec();
+        // A program on its way out runs no more event loops (exec returns at once): nothing
+        // could end the wait then, so the step gives up rather than spin.
+        if (loop.exec() < 0) break;
     }
 
     if (complete) received.chop(1);
