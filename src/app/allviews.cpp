@@ -7,6 +7,8 @@
 #include "views/discrete/discrete.h"
 #include "views/discrete/frmqv32.h"
 #include "views/discrete/frmxf2.h"
+#include "views/power/pulse.h"
+#include "views/power/qz2.h"
 
 // One line per form, kept in one place: registrations spread over a static library would be
 // dropped by the linker wherever nothing else refers to their file.
@@ -20,4 +22,9 @@ void RegisterAllViews() {
         RegisterView(plan.formName, [form = plan.formName] { return MakeDiscreteView(form); });
     RegisterView("frmQV32", [] { return new FrmQV32; });
     RegisterView("frmXF2", [] { return new FrmXF2; });
+    RegisterView("frmQZ2", [] { return new FrmQZ2; });
+    RegisterView("frmQZ4", [] { return MakeFrmQZ4(); });
+    RegisterView("frmQZ4A", [] { return new FrmQZ4A; });
+    RegisterView("frmQZ8", [] { return new FrmQZ8; });
+    RegisterView("frmQZ16", [] { return MakeFrmQZ16(); });
 }

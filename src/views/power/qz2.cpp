@@ -1,0 +1,179 @@
+#include "views/power/qz2.h"
+
+#include "link/exchange.h"
+#include "rack/overview.h"
+#include "rack/textroutines.h"
+#include "ui/viewbuilders.h"
+#include "ui/widgets.h"
+
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QVBoxLayout>
+
+namespace {
+
+const QColor kLampGreen(0, 128, 0);
+const QColor kLampRed(255, 0, 0);
+
+// The alarm fields in the order Upload reads them; channel e has them at items 10e + 40 + offset.
+struct AlarmField {
+    const char *control;
+    int itemOffset;
+};
+const AlarmField kAlarmFields[] = {
+    {"txtAlarm1", 0},      {"txtAlarm2", 5},      {"txtAlarmLevel1", 1}, {"txtAlarmLevel2", 3},
+    {"txtAlarmLevel3", 6}, {"txtAlarmLevel4", 8}, {"txtHyst1", 2},       {"txtHyst2", 4},
+    {"txtHyst3", 7},       {"txtHyst4", 9},
+};
+// On screen: rows "1" and "2" of mode, two levels (speed and position), two hysteresis values.
+const char *const kAlarmRows[2][5] = {
+    {"txtAlarm1", "txtAlarmLevel1", "txtAlarmLevel2", "txtHyst1", "txtHyst2"},
+    {"txtAlarm2", "txtAlarmLevel3", "txtAlarmLevel4", "txtHyst3", "txtHyst4"},
+};
+
+PulseSpec qz2Spec() {
+    PulseSpec plan;
+    ViewSpec &view = plan.view;
+    view.formName = QStringLiteral("frmQZ2");
+    view.tag = QStringLiteral("QZ2");
+    view.channels = 2;
+    // Channel e keeps its sixteen fields in Param(20(e-1)+4) to Param(20(e-1)+19).
+    int k = 4;
+    const auto next = [&k] { return [first = k++](int e) { return 20 * (e - 1) + first; }; };
+    for (const AlarmField &alarm : kAlarmFields)
+        view.params.append(PulseField(
+            alarm.control, [offset = alarm.itemOffset](int e) { return 10 * e + 40 + offset; },
+            next()));
+    view.params.append(PulseField(
+        "txtDropout", [](int e) { return e + 9; }, next()));
+    view.params.append(PulseField(
+        "txtZScale", [](int e) { return 2 * e + 40; }, next()));
+    view.params.append(PulseField(
+        "txtFScale", [](int e) { return 2 * e + 41; }, next()));
+    view.params.append(PulseField(
+        "txtMinPos", [](int e) { return e + 13; }, next()));
+    view.params.append(PulseField(
+        "txtMaxPos", [](int e) { return e + 17; }, next()));
+    view.params.append(PulseField(
+        "txtInputType", [](int e) { return e + 29; }, next()));
+    view.acceptance = Acceptance::NotEmpty;
+    view.keyFilters = false;
+    view.pauseMs = 10;
+    view.progress = {[](int e) { return 6 * e; }};
+    plan.common = {PulseField(
+                       "txtDelayTime", [](int) { return 7; }, [](int) { return 2; }),
+                   PulseField(
+                       "txtHoldTime", [](int) { return 8; }, [](int) { return 3; })};
+    plan.storedOnly = {"txtInputType"};
+    plan.locked = {"txtInputType"};
+    // Value, Value(L) and Value(H) of each channel, then both positions.
+    plan.live = {{10, "txtParData01(1)"}, {12, "txtParData01(2)"}, {13, "txtParData01(3)"},
+                 {14, "txtParData02(1)"}, {16, "txtParData02(2)"}, {17, "txtParData02(3)"},
+                 {57, "txtParData01(4)"}, {58, "txtParData02(4)"}};
+    plan.commitDownload = true;
+    plan.frameLines = {
+        {"Drop-Out", {"txtDropout(%1)"}},      {"Zero Scale", {"txtZScale(%1)"}},
+        {"Full Scale", {"txtFScale(%1)"}},     {"Reset Position", {"txtMinPos(%1)"}},
+        {"Max.Position", {"txtMaxPos(%1)"}},   {"Input(Hz)", {"txtInputType(%1)"}},
+        {"Value", {"txtParData0%1(1)"}, 9},    {"Value(L)", {"txtParData0%1(2)"}, 9},
+        {"Value(H)", {"txtParData0%1(3)"}, 9}, {"Position", {"txtParData0%1(4)"}, 9},
+    };
+    return plan;
+}
+
+QString lampName(int e, int k) {
+    return QStringLiteral("lblDIDataCh%1(%2)").arg(e).arg(k);
+}
+
+// The alarm rows of channel e: captions over the columns, rows "1" and "2".
+QGridLayout *alarmGrid(QWidget *frame, int e) {
+    auto *grid = new QGridLayout;
+    grid->setHorizontalSpacing(6);
+    grid->setVerticalSpacing(3);
+    grid->addWidget(ViewBuilders::caption(frame, "Mode", true), 0, 1);
+    grid->addWidget(ViewBuilders::caption(frame, "Alarm Level", true), 0, 2, 1, 2);
+    grid->addWidget(ViewBuilders::caption(frame, "Hyst.", true), 0, 4, 1, 2);
+    grid->addWidget(ViewBuilders::caption(frame, "Speed/Position", true), 1, 2);
+    for (int row = 0; row < 2; ++row) {
+        grid->addWidget(ViewBuilders::caption(frame, QString::number(row + 1)), row + 2, 0);
+        for (int c = 0; c < 5; ++c) {
+            const QString name = ViewBuilders::arrayName(kAlarmRows[row][c], e);
+            grid->addWidget(ViewBuilders::field(frame, name,
+                                                c == 0  ? 2
+                                                : c < 3 ? 7
+                                                        : 5),
+                            row + 2, c + 1);
+        }
+    }
+    grid->setColumnStretch(6, 1);
+    return grid;
+}
+
+} // namespace
+
+FrmQZ2::FrmQZ2(QWidget *parent) : PulseView(qz2Spec(), parent) {
+    CmdClear = addCommand("CmdClear", "Clear", &PulseView::CmdClear_Click);
+}
+
+QWidget *FrmQZ2::lamp(int e, int k) const {
+    return findChild<QWidget *>(lampName(e, k));
+}
+
+void FrmQZ2::buildBody(QVBoxLayout *layout) {
+    auto *times = new QHBoxLayout;
+    for (const ParamSpec &param : pulse().common) {
+        const bool delay = param.control == QLatin1String("txtDelayTime");
+        times->addWidget(ViewBuilders::caption(this, delay ? "Delay Time" : "Hold Time"));
+        times->addWidget(ViewBuilders::field(this, param.control, 7));
+        times->addSpacing(16);
+    }
+    times->addStretch();
+    layout->addLayout(times);
+
+    const QList<QGroupBox *> frames = buildChannelFrames(layout);
+    for (int e = 1; e <= frames.size(); ++e) {
+        QGroupBox *frame = frames.at(e - 1);
+        auto *inside = static_cast<QVBoxLayout *>(frame->layout());
+        inside->insertLayout(0, alarmGrid(frame, e));
+        inside->insertSpacing(1, 8);
+        auto *lamps = new QHBoxLayout;
+        for (int k = 1; k <= 2; ++k) {
+            lamps->addWidget(ViewBuilders::caption(frame, QString::number(k)));
+            QWidget *light = MakeLamp(frame, lampName(e, k), 18);
+            SetLampColor(light, NeutralLampColour());
+            lamps->addWidget(light);
+            lamps->addSpacing(12);
+        }
+        lamps->addStretch();
+        inside->addSpacing(6);
+        inside->addLayout(lamps);
+    }
+    layout->addStretch();
+    setUpFields();
+}
+
+// Bits 2 and 3 of channel e's status word light its two lamps.
+bool FrmQZ2::showStatus(int e) {
+    const QString reply = ReadData(m_spec.retries, "00", e == 1 ? "11" : "15");
+    if (reply.isEmpty()) {
+        LinkLostDuringCycle();
+        return false;
+    }
+    const QString bits = HexToBits(ValueAfterColon(reply));
+    for (int k = 3; k <= 4; ++k)
+        SetLampColor(lamp(e, k - 2),
+                     bits.mid(16 - k, 1) == QLatin1String("0") ? kLampGreen : kLampRed);
+    return true;
+}
+
+void FrmQZ2::procCycDataRead() {
+    if (!ReadLiveWords()) return;
+    // Grey until the status words have come: a lamp never shows a colour it no longer has.
+    for (int e = 1; e <= 2; ++e)
+        for (int k = 1; k <= 2; ++k)
+            SetLampColor(lamp(e, k), NeutralLampColour());
+    if (showStatus(1)) showStatus(2);
+}
