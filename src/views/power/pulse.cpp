@@ -241,8 +241,10 @@ QList<QGroupBox *> PulseView::buildChannelFrames(QVBoxLayout *layout) {
                                        : ViewBuilders::field(frame, name, line.chars),
                                  row, column++);
             }
+            // The note follows the boxes and may reach over the columns of longer lines.
             if (!line.hint.isEmpty())
-                lines->addWidget(ViewBuilders::caption(frame, line.hint), row, 3);
+                lines->addWidget(ViewBuilders::caption(frame, line.hint), row, column, 1,
+                                 4 - column);
             ++row;
         }
         lines->setColumnStretch(4, 1);

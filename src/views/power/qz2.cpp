@@ -96,7 +96,8 @@ QGridLayout *alarmGrid(QWidget *frame, int e) {
     grid->addWidget(ViewBuilders::caption(frame, "Mode", true), 0, 1);
     grid->addWidget(ViewBuilders::caption(frame, "Alarm Level", true), 0, 2, 1, 2);
     grid->addWidget(ViewBuilders::caption(frame, "Hyst.", true), 0, 4, 1, 2);
-    grid->addWidget(ViewBuilders::caption(frame, "Speed/Position", true), 1, 2);
+    // Over the first level, reaching over the second, so the two levels stay side by side.
+    grid->addWidget(ViewBuilders::caption(frame, "Speed/Position"), 1, 2, 1, 2, Qt::AlignLeft);
     for (int row = 0; row < 2; ++row) {
         grid->addWidget(ViewBuilders::caption(frame, QString::number(row + 1)), row + 2, 0);
         for (int c = 0; c < 5; ++c) {
