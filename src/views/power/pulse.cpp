@@ -24,15 +24,11 @@
 
 namespace {
 
-QString twoDigits(int n) {
-    return QStringLiteral("%1").arg(n, 2, 10, QLatin1Char('0'));
-}
-
 // txtParData01, txtParData02, ...: one live word a row, items 10 upward.
 QList<LiveWord> numberedLiveWords(int count) {
     QList<LiveWord> words;
     for (int n = 1; n <= count; ++n)
-        words.append({9 + n, QStringLiteral("txtParData") + twoDigits(n)});
+        words.append({9 + n, QStringLiteral("txtParData") + PulseView::ItemText(n)});
     return words;
 }
 
@@ -40,11 +36,18 @@ const QString kEdgeHint = QStringLiteral("0:UP/1:DOWN");
 
 } // namespace
 
-ParamSpec PulseField(const char *control, std::function<int(int)> item,
-                     std::function<int(int)> cell, const char *caption) {
-    return {control,         "",          caption,         "01",
-            std::move(item), Cell::Param, std::move(cell), FieldKind::Int,
-            std::nullopt,    QString()};
+ParamSpec PulseField(const char *control, int itemStep, int itemOffset, int cellStep, int firstCell,
+                     const char *caption) {
+    return {control,
+            "",
+            caption,
+            "01",
+            [itemStep, itemOffset](int e) { return itemStep * e + itemOffset; },
+            Cell::Param,
+            [cellStep, firstCell](int e) { return cellStep * (e - 1) + firstCell; },
+            FieldKind::Int,
+            std::nullopt,
+            QString()};
 }
 
 double LeadingNumber(const QString &text) {
@@ -65,6 +68,18 @@ QPushButton *PulseView::addCommand(const QString &name, const QString &caption,
     static_cast<QHBoxLayout *>(fraSetModel->layout())->addWidget(button);
     connect(button, &QPushButton::clicked, this, click);
     return button;
+}
+
+QString PulseView::ItemText(int item) {
+    return QStringLiteral("%1").arg(item, 2, 10, QLatin1Char('0'));
+}
+
+QString PulseView::ReadItem(const QString &group, int item) {
+    return ReadData(m_spec.retries, group, ItemText(item));
+}
+
+QString PulseView::WriteItem(const QString &group, int item, const QString &data) {
+    return WriteData(m_spec.retries, group, ItemText(item), data);
 }
 
 void PulseView::SetScaleMinMax(const QString &model) {
@@ -107,7 +122,8 @@ QLineEdit *PulseView::liveBox(const QString &name) const {
 
 void PulseView::uploadField(const ParamSpec &param, int ch) {
     QLineEdit *edit = box(param, ch);
-    edit->setText(Exchanged(param) ? ReadValue(param.group, param.item(ch)) : QStringLiteral("0"));
+    edit->setText(Exchanged(param) ? ValueAfterColon(ReadItem(param.group, param.item(ch)))
+                                   : QStringLiteral("0"));
     cellOf(param, ch) = edit->text();
 }
 
@@ -123,7 +139,7 @@ void PulseView::ViewUpload() {
             uploadField(param, ch);
         setPassProgress(0, ch);
     }
-    if (m_pulse.commitUpload) WriteValue("02", 1, "1");
+    if (m_pulse.commitUpload) WriteItem("02", 1, "1");
     CloseProgress();
 }
 
@@ -141,7 +157,7 @@ void PulseView::downloadField(const ParamSpec &param, int ch) {
     } else if (!Acceptable(param, edit->text())) {
         Refused(param, ch);
     } else {
-        WriteValue(param.group, param.item(ch), edit->text());
+        WriteItem(param.group, param.item(ch), edit->text());
         cell = edit->text();
     }
 }
@@ -158,21 +174,21 @@ void PulseView::ViewDownload() {
             downloadField(param, ch);
         setPassProgress(0, ch);
     }
-    if (m_pulse.commitDownload) WriteValue("02", 1, "1");
+    if (m_pulse.commitDownload) WriteItem("02", 1, "1");
     CloseProgress();
 }
 
 void PulseView::ClearByItem9() {
     AddressCard();
     OpenGroup("01");
-    WriteValue("01", 9, "1");
+    WriteItem("01", 9, "1");
 }
 
 bool PulseView::ReadLiveWords() {
     AddressCard();
     QStringList replies;
     for (const LiveWord &word : m_pulse.live) {
-        const QString reply = ReadData(m_spec.retries, "00", QString::number(word.item));
+        const QString reply = ReadItem("00", word.item);
         if (reply.isEmpty()) {
             LinkLostDuringCycle();
             return false;
@@ -273,22 +289,12 @@ PulseSpec qz4Spec() {
     view.formName = QStringLiteral("frmQZ4");
     view.tag = QStringLiteral("QZ4");
     view.channels = 4;
-    const auto cell = [](int k) { return [k](int e) { return 7 * (e - 1) + k; }; };
+    // Item step and offset, record cell step and first cell.
     view.params = {
-        PulseField(
-            "txtDropout", [](int e) { return e + 9; }, cell(1)),
-        PulseField(
-            "txtThresh", [](int e) { return e + 25; }, cell(2)),
-        PulseField(
-            "txtEdge", [](int e) { return e + 29; }, cell(3)),
-        PulseField(
-            "txtGain", [](int e) { return e + 53; }, cell(4)),
-        PulseField(
-            "txtZScale", [](int e) { return 2 * e + 40; }, cell(5)),
-        PulseField(
-            "txtFScale", [](int e) { return 2 * e + 41; }, cell(6)),
-        PulseField(
-            "txtInputType", [](int e) { return e + 49; }, cell(7)),
+        PulseField("txtDropout", 1, 9, 7, 1),    PulseField("txtThresh", 1, 25, 7, 2),
+        PulseField("txtEdge", 1, 29, 7, 3),      PulseField("txtGain", 1, 53, 7, 4),
+        PulseField("txtZScale", 2, 40, 7, 5),    PulseField("txtFScale", 2, 41, 7, 6),
+        PulseField("txtInputType", 1, 49, 7, 7),
     };
     view.acceptance = Acceptance::NotEmpty;
     view.keyFilters = false;
@@ -330,18 +336,10 @@ PulseSpec qz4aSpec() {
     view.formName = QStringLiteral("frmQZ4A");
     view.tag = QStringLiteral("QZ4A");
     view.channels = 4;
-    const auto cell = [](int k) { return [k](int e) { return 5 * (e - 1) + k; }; };
     view.params = {
-        PulseField(
-            "txtMin", [](int e) { return 2 * e + 12; }, cell(1)),
-        PulseField(
-            "txtMax", [](int e) { return 2 * e + 13; }, cell(2)),
-        PulseField(
-            "txtEdge", [](int e) { return e + 29; }, cell(3)),
-        PulseField(
-            "txtThresh", [](int e) { return e + 25; }, cell(4)),
-        PulseField(
-            "txtDivide", [](int e) { return e + 57; }, cell(5)),
+        PulseField("txtMin", 2, 12, 5, 1),    PulseField("txtMax", 2, 13, 5, 2),
+        PulseField("txtEdge", 1, 29, 5, 3),   PulseField("txtThresh", 1, 25, 5, 4),
+        PulseField("txtDivide", 1, 57, 5, 5),
     };
     view.acceptance = Acceptance::NotEmpty;
     view.keyFilters = false;
@@ -526,7 +524,7 @@ void CounterView::ViewClear() {
     OpenGroup("02");
     OpenProgress(12, "Downloading");
     for (int n = 1; n <= 16; ++n) {
-        WriteValue("02", n + 9, "0");
+        WriteItem("02", n + 9, "0");
         SetProgress((n + 1) / 2);
     }
     CloseProgress();
@@ -534,7 +532,7 @@ void CounterView::ViewClear() {
 
 void CounterView::ViewPreset() {
     AddressCard();
-    WriteData(m_spec.retries, "02", "01", m_counter.presetOpening);
+    WriteItem("02", 1, m_counter.presetOpening);
     OpenProgress(12, "Downloading");
     for (int n = 1; n <= m_spec.channels; ++n) {
         bool known = true;
@@ -549,7 +547,7 @@ void CounterView::ViewPreset() {
         QLineEdit *preset = presetBox(n);
         if (known && !preset->text().isEmpty()) {
             if (presetPasses(n, preset->text()))
-                preset->setText(ValueAfterColon(WriteValue("02", n + 9, preset->text())));
+                preset->setText(ValueAfterColon(WriteItem("02", n + 9, preset->text())));
             else
                 preset->clear();
         }
@@ -578,12 +576,8 @@ PulseSpec counterSpec(const char *form, const char *tag, int rows, QList<ParamSp
 
 FrmQZ8::FrmQZ8(QWidget *parent)
     : CounterView(counterSpec("frmQZ8", "QZ8", 8,
-                              {PulseField(
-                                   "txtMin", [](int n) { return 2 * n + 24; },
-                                   [](int n) { return 2 * n; }, "Min"),
-                               PulseField(
-                                   "txtFScale", [](int n) { return 2 * n + 25; },
-                                   [](int n) { return 2 * n + 1; }, "Max")}),
+                              {PulseField("txtMin", 2, 24, 2, 2, "Min"),
+                               PulseField("txtFScale", 2, 25, 2, 3, "Max")}),
                   {10000, 2147483647, "1", true, true, 10}, parent) {}
 
 void FrmQZ8::ShowChDataIO(int slot) {
@@ -594,7 +588,7 @@ void FrmQZ8::ShowChDataIO(int slot) {
 // The first four counters, in the wide fields; a word that does not come keeps the old one.
 bool FrmQZ8::setOverViewDataIO(int slot) {
     for (int ch = 1; ch <= FrmOverview::kWideValues; ++ch) {
-        const QString reply = ReadData(m_spec.retries, "00", QString::number(9 + ch));
+        const QString reply = ReadItem("00", 9 + ch);
         if (!reply.isEmpty())
             Overview()->lblInputDataLCh(slot, ch)->setText(DeleteDot(ValueAfterColon(reply)));
     }
@@ -602,9 +596,7 @@ bool FrmQZ8::setOverViewDataIO(int slot) {
 }
 
 CardView *MakeFrmQZ16() {
-    return new CounterView(counterSpec("frmQZ16", "QZ16", 16,
-                                       {PulseField(
-                                           "txtFScale", [](int n) { return 2 * n + 25; },
-                                           [](int n) { return n; }, "Max")}),
-                           {0, 65535, "F", false, false, 0});
+    return new CounterView(
+        counterSpec("frmQZ16", "QZ16", 16, {PulseField("txtFScale", 2, 25, 1, 1, "Max")}),
+        {0, 65535, "F", false, false, 0});
 }

@@ -62,6 +62,9 @@ public:
     QPushButton *CmdClear = nullptr;
     QPushButton *cmdPreset = nullptr;
 
+    // Pulse cards take their items as two digits: "07", "10".
+    static QString ItemText(int item);
+
     // A live box by its objectName.
     QLineEdit *liveBox(const QString &name) const;
     // A field of a channel (ch >= 1) or one of the common fields (ch = 0).
@@ -87,6 +90,9 @@ protected:
     // A field that failed its acceptance on Download; the default refills it from the record.
     virtual void Refused(const ParamSpec &param, int ch);
 
+    // A read (the reply as it came) and a write of an item of `group`.
+    QString ReadItem(const QString &group, int item);
+    QString WriteItem(const QString &group, int item, const QString &data);
     // Puts a command button into the header, after Upload and Download.
     QPushButton *addCommand(const QString &name, const QString &caption,
                             void (PulseView::*click)());
@@ -181,9 +187,10 @@ public:
 
 CardView *MakeFrmQZ16();
 
-// A field of group 01 whose item and record cell follow from its channel; it travels as typed.
-ParamSpec PulseField(const char *control, std::function<int(int)> item,
-                     std::function<int(int)> cell, const char *caption = "");
+// A field of group 01 that travels as typed. Channel e has it at item itemStep * e + itemOffset
+// and in Param(cellStep * (e - 1) + firstCell).
+ParamSpec PulseField(const char *control, int itemStep, int itemOffset, int cellStep, int firstCell,
+                     const char *caption = "");
 
 // The number a text stands for, read as far as it is one ("12.5x" is 12.5, "x" is 0).
 double LeadingNumber(const QString &text);

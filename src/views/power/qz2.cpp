@@ -41,32 +41,18 @@ PulseSpec qz2Spec() {
     view.tag = QStringLiteral("QZ2");
     view.channels = 2;
     // Channel e keeps its sixteen fields in Param(20(e-1)+4) to Param(20(e-1)+19).
-    int k = 4;
-    const auto next = [&k] { return [first = k++](int e) { return 20 * (e - 1) + first; }; };
+    int cell = 4;
     for (const AlarmField &alarm : kAlarmFields)
-        view.params.append(PulseField(
-            alarm.control, [offset = alarm.itemOffset](int e) { return 10 * e + 40 + offset; },
-            next()));
-    view.params.append(PulseField(
-        "txtDropout", [](int e) { return e + 9; }, next()));
-    view.params.append(PulseField(
-        "txtZScale", [](int e) { return 2 * e + 40; }, next()));
-    view.params.append(PulseField(
-        "txtFScale", [](int e) { return 2 * e + 41; }, next()));
-    view.params.append(PulseField(
-        "txtMinPos", [](int e) { return e + 13; }, next()));
-    view.params.append(PulseField(
-        "txtMaxPos", [](int e) { return e + 17; }, next()));
-    view.params.append(PulseField(
-        "txtInputType", [](int e) { return e + 29; }, next()));
+        view.params.append(PulseField(alarm.control, 10, 40 + alarm.itemOffset, 20, cell++));
+    view.params +=
+        {PulseField("txtDropout", 1, 9, 20, 14), PulseField("txtZScale", 2, 40, 20, 15),
+         PulseField("txtFScale", 2, 41, 20, 16), PulseField("txtMinPos", 1, 13, 20, 17),
+         PulseField("txtMaxPos", 1, 17, 20, 18), PulseField("txtInputType", 1, 29, 20, 19)};
     view.acceptance = Acceptance::NotEmpty;
     view.keyFilters = false;
     view.pauseMs = 10;
     view.progress = {[](int e) { return 6 * e; }};
-    plan.common = {PulseField(
-                       "txtDelayTime", [](int) { return 7; }, [](int) { return 2; }),
-                   PulseField(
-                       "txtHoldTime", [](int) { return 8; }, [](int) { return 3; })};
+    plan.common = {PulseField("txtDelayTime", 0, 7, 0, 2), PulseField("txtHoldTime", 0, 8, 0, 3)};
     plan.storedOnly = {"txtInputType"};
     plan.locked = {"txtInputType"};
     // Value, Value(L) and Value(H) of each channel, then both positions.
@@ -158,7 +144,7 @@ void FrmQZ2::buildBody(QVBoxLayout *layout) {
 
 // Bits 2 and 3 of channel e's status word light its two lamps.
 bool FrmQZ2::showStatus(int e) {
-    const QString reply = ReadData(m_spec.retries, "00", e == 1 ? "11" : "15");
+    const QString reply = ReadItem("00", e == 1 ? 11 : 15);
     if (reply.isEmpty()) {
         LinkLostDuringCycle();
         return false;
