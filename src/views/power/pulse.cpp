@@ -50,6 +50,18 @@ ParamSpec PulseField(const char *control, int itemStep, int itemOffset, int cell
             QString()};
 }
 
+PulseSpec MakePulseSpec(const char *form, const char *tag, int channels, QList<ParamSpec> params) {
+    PulseSpec plan;
+    ViewSpec &view = plan.view;
+    view.formName = QLatin1String(form);
+    view.tag = QLatin1String(tag);
+    view.channels = channels;
+    view.params = std::move(params);
+    view.acceptance = Acceptance::NotEmpty;
+    view.keyFilters = false;
+    return plan;
+}
+
 double LeadingNumber(const QString &text) {
     static const QRegularExpression number(QStringLiteral(R"(^\s*[-+]?(\d+\.?\d*|\.\d+))"));
     const QRegularExpressionMatch match = number.match(text);
@@ -284,20 +296,14 @@ void PulseView::buildBody(QVBoxLayout *layout) {
 namespace {
 
 PulseSpec qz4Spec() {
-    PulseSpec plan;
-    ViewSpec &view = plan.view;
-    view.formName = QStringLiteral("frmQZ4");
-    view.tag = QStringLiteral("QZ4");
-    view.channels = 4;
     // Item step and offset, record cell step and first cell.
-    view.params = {
-        PulseField("txtDropout", 1, 9, 7, 1),    PulseField("txtThresh", 1, 25, 7, 2),
-        PulseField("txtEdge", 1, 29, 7, 3),      PulseField("txtGain", 1, 53, 7, 4),
-        PulseField("txtZScale", 2, 40, 7, 5),    PulseField("txtFScale", 2, 41, 7, 6),
-        PulseField("txtInputType", 1, 49, 7, 7),
-    };
-    view.acceptance = Acceptance::NotEmpty;
-    view.keyFilters = false;
+    PulseSpec plan =
+        MakePulseSpec("frmQZ4", "QZ4", 4,
+                      {PulseField("txtDropout", 1, 9, 7, 1), PulseField("txtThresh", 1, 25, 7, 2),
+                       PulseField("txtEdge", 1, 29, 7, 3), PulseField("txtGain", 1, 53, 7, 4),
+                       PulseField("txtZScale", 2, 40, 7, 5), PulseField("txtFScale", 2, 41, 7, 6),
+                       PulseField("txtInputType", 1, 49, 7, 7)});
+    ViewSpec &view = plan.view;
     view.pauseMs = 10;
     view.progress = {[](int e) { return 3 * e; }};
     plan.storedOnly = {"txtGain", "txtInputType"};
@@ -331,18 +337,12 @@ CardView *MakeFrmQZ4() {
 namespace {
 
 PulseSpec qz4aSpec() {
-    PulseSpec plan;
+    PulseSpec plan =
+        MakePulseSpec("frmQZ4A", "QZ4A", 4,
+                      {PulseField("txtMin", 2, 12, 5, 1), PulseField("txtMax", 2, 13, 5, 2),
+                       PulseField("txtEdge", 1, 29, 5, 3), PulseField("txtThresh", 1, 25, 5, 4),
+                       PulseField("txtDivide", 1, 57, 5, 5)});
     ViewSpec &view = plan.view;
-    view.formName = QStringLiteral("frmQZ4A");
-    view.tag = QStringLiteral("QZ4A");
-    view.channels = 4;
-    view.params = {
-        PulseField("txtMin", 2, 12, 5, 1),    PulseField("txtMax", 2, 13, 5, 2),
-        PulseField("txtEdge", 1, 29, 5, 3),   PulseField("txtThresh", 1, 25, 5, 4),
-        PulseField("txtDivide", 1, 57, 5, 5),
-    };
-    view.acceptance = Acceptance::NotEmpty;
-    view.keyFilters = false;
     view.pauseMs = 50;
     view.tickMs = 1000;
     view.progress = {[](int e) { return 3 * e; }};
@@ -559,13 +559,8 @@ void CounterView::ViewPreset() {
 namespace {
 
 PulseSpec counterSpec(const char *form, const char *tag, int rows, QList<ParamSpec> params) {
-    PulseSpec plan;
+    PulseSpec plan = MakePulseSpec(form, tag, rows, std::move(params));
     ViewSpec &view = plan.view;
-    view.formName = QLatin1String(form);
-    view.tag = QLatin1String(tag);
-    view.channels = rows;
-    view.params = std::move(params);
-    view.keyFilters = false; // the rows install their own
     view.pauseMs = 50;
     view.progress = {[](int n) { return (n + 1) / 2; }};
     plan.live = numberedLiveWords(rows);

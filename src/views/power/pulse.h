@@ -192,5 +192,9 @@ CardView *MakeFrmQZ16();
 ParamSpec PulseField(const char *control, int itemStep, int itemOffset, int cellStep, int firstCell,
                      const char *caption = "");
 
+// The frame of a pulse card's view: its form, tag, channels and channel fields. The fields travel
+// as typed: Download sends every field that is not empty and has no key filters.
+PulseSpec MakePulseSpec(const char *form, const char *tag, int channels, QList<ParamSpec> params);
+
 // The number a text stands for, read as far as it is one ("12.5x" is 12.5, "x" is 0).
 double LeadingNumber(const QString &text);

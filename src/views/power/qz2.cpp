@@ -35,21 +35,16 @@ const char *const kAlarmRows[2][5] = {
 };
 
 PulseSpec qz2Spec() {
-    PulseSpec plan;
-    ViewSpec &view = plan.view;
-    view.formName = QStringLiteral("frmQZ2");
-    view.tag = QStringLiteral("QZ2");
-    view.channels = 2;
     // Channel e keeps its sixteen fields in Param(20(e-1)+4) to Param(20(e-1)+19).
+    QList<ParamSpec> fields;
     int cell = 4;
     for (const AlarmField &alarm : kAlarmFields)
-        view.params.append(PulseField(alarm.control, 10, 40 + alarm.itemOffset, 20, cell++));
-    view.params +=
-        {PulseField("txtDropout", 1, 9, 20, 14), PulseField("txtZScale", 2, 40, 20, 15),
-         PulseField("txtFScale", 2, 41, 20, 16), PulseField("txtMinPos", 1, 13, 20, 17),
-         PulseField("txtMaxPos", 1, 17, 20, 18), PulseField("txtInputType", 1, 29, 20, 19)};
-    view.acceptance = Acceptance::NotEmpty;
-    view.keyFilters = false;
+        fields.append(PulseField(alarm.control, 10, 40 + alarm.itemOffset, 20, cell++));
+    fields += {PulseField("txtDropout", 1, 9, 20, 14), PulseField("txtZScale", 2, 40, 20, 15),
+               PulseField("txtFScale", 2, 41, 20, 16), PulseField("txtMinPos", 1, 13, 20, 17),
+               PulseField("txtMaxPos", 1, 17, 20, 18), PulseField("txtInputType", 1, 29, 20, 19)};
+    PulseSpec plan = MakePulseSpec("frmQZ2", "QZ2", 2, fields);
+    ViewSpec &view = plan.view;
     view.pauseMs = 10;
     view.progress = {[](int e) { return 6 * e; }};
     plan.common = {PulseField("txtDelayTime", 0, 7, 0, 2), PulseField("txtHoldTime", 0, 8, 0, 3)};
