@@ -453,7 +453,7 @@ QLineEdit *CounterView::presetBox(int n) const {
 // A preset is typed for the moment: it is not kept, and each entry starts without one.
 void CounterView::SetScaleMinMax(const QString &model) {
     for (int n = 1; n <= m_spec.channels; ++n)
-        presetBox(n)->clear();
+        if (QLineEdit *preset = presetBox(n)) preset->clear();
     PulseView::SetScaleMinMax(model);
 }
 
