@@ -2,6 +2,7 @@
 
 #include "profiles/calorie.h"
 #include "profiles/power.h"
+#include "profiles/pulse.h"
 #include "profiles/support.h"
 
 #include <memory>
@@ -47,15 +48,6 @@ void InstallCalorieProfile(SimCard &card) {
         if (group != QLatin1String("00") || ch < 1 || ch > 4) return std::nullopt;
         if (++*reads % 7 == 0) return QStringLiteral("D%1:TMOUT").arg(ch);
         return QStringLiteral("D%1:%2").arg(ch).arg(drifting(ch, ms, 1200.0, 300.0));
-    };
-}
-
-void InstallPulseProfile(SimCard &card) {
-    card.setItem("01", "01", "D1");
-    card.live = [](const QString &group, const QString &item, qint64 ms) -> std::optional<QString> {
-        const int ch = item.toInt() - 9;
-        if (group != QLatin1String("00") || ch < 1 || ch > 4) return std::nullopt;
-        return QStringLiteral("D%1:%2").arg(ch).arg((ms / 100 + ch * 1000) % 100000);
     };
 }
 
@@ -175,7 +167,11 @@ const ProfileRow kProfiles[] = {
     {{"XD1", "XD4"}, InstallPowerTransducerProfile},
     {{"QY2"}, InstallCalorieMeterProfile},
     {{"XE"}, InstallCalorieProfile},
-    {{"QZ8"}, InstallPulseProfile},
+    {{"QZ1", "XA1"}, [](SimCard &c) { InstallCounterProfile(c, 16); }},
+    {{"QZ2"}, InstallDualPulseProfile},
+    {{"QZ4A", "QZ4B"}, InstallCounter32Profile},
+    {{"QZ4"}, InstallPulseInputProfile},
+    {{"QZ8"}, [](SimCard &c) { InstallCounterProfile(c, 8); }},
     {{"QT8", "QU8"}, [](SimCard &c) { InstallDiscreteProfile(c, 8); }},
     {{"QTC", "XB1", "XC8"}, InstallInOutProfile},
     {{"QT1", "QU1"}, [](SimCard &c) { InstallDiscreteProfile(c, 16); }},

@@ -16,8 +16,6 @@ void InstallVoltageProfile(SimCard &card, int channels);
 void InstallMultiPowerProfile(SimCard &card);
 // The calorie card's four live values (group 00 items 10..13), now and then "TMOUT".
 void InstallCalorieProfile(SimCard &card);
-// The pulse card's four counters (group 00 items 10..13).
-void InstallPulseProfile(SimCard &card);
 
 // Discrete cards: 8, 16, 32 or 64 channel states (group 00 up to 16 channels, else group 01),
 // and the overview's words.

@@ -27,6 +27,7 @@ const DemoCard kDemoCards[] = {
     // The eighth character of a four-circuit card's name is its word layout: W, Whi, Who.
     {12, "XD4-AC10", "", "1.12", "00,00,04"},
     {13, "QY2", "", "1.04", "02,00,00"},
+    {14, "QZ2", "", "1.04", "00,01,00"},
 };
 
 } // namespace

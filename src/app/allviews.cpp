@@ -9,6 +9,8 @@
 #include "views/discrete/frmxf2.h"
 #include "views/power/qy2.h"
 #include "views/power/xd.h"
+#include "views/power/pulse.h"
+#include "views/power/qz2.h"
 
 // One line per form, kept in one place: registrations spread over a static library would be
 // dropped by the linker wherever nothing else refers to their file.
@@ -25,4 +27,9 @@ void RegisterAllViews() {
     RegisterView("frmXD10", [] { return new FrmXD10; });
     RegisterView("frmXD40", [] { return new FrmXD40; });
     RegisterView("frmQY2", [] { return new FrmQY2; });
+    RegisterView("frmQZ2", [] { return new FrmQZ2; });
+    RegisterView("frmQZ4", [] { return MakeFrmQZ4(); });
+    RegisterView("frmQZ4A", [] { return new FrmQZ4A; });
+    RegisterView("frmQZ8", [] { return new FrmQZ8; });
+    RegisterView("frmQZ16", [] { return MakeFrmQZ16(); });
 }

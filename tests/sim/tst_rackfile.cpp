@@ -43,7 +43,7 @@ private slots:
                                 "1/2 = D1:100\r\n"
                                 "02/07 = D#5        # a # inside a word is text\r\n"
                                 "02/08 = \"D  x # y \\\"q\\\" \\\\ \\x41 \"  # quoted\r\n"
-                                "00/12 = D7\r\n"
+                                "00/30 = D7\r\n"
                                 "[slot 16]\n"
                                 "model = XDU4AC02\n"
                                 "listname = XDU\n";
@@ -55,7 +55,7 @@ private slots:
         QCOMPARE(ask(rack, 4, "01", "02"), QString("D1:100"));
         QCOMPARE(ask(rack, 4, "2", "7"), QString("D#5"));
         QCOMPARE(ask(rack, 4, "02", "08"), QString("D  x # y \"q\" \\ A "));
-        QCOMPARE(ask(rack, 4, "00", "12"), QString("D7"));
+        QCOMPARE(ask(rack, 4, "00", "30"), QString("D7"));
         QCOMPARE(ask(rack, 4, "00", "39"), QString("DSW:01,00,80"));
         QCOMPARE(ask(rack, 16, "00", "04"), QString("DXDU4AC02"));
         const QStringList list = slotList(rack);
