@@ -1,5 +1,9 @@
 #include "app/allviews.h"
 
+#include "comm/frmcomm.h"
+#include "comm/frmether.h"
+#include "comm/frmzb.h"
+#include "comm/frmzkfd.h"
 #include "rack/overview.h"
 #include "ui/viewregistry.h"
 #include "views/analog/voltage.h"
@@ -20,4 +24,8 @@ void RegisterAllViews() {
         RegisterView(plan.formName, [form = plan.formName] { return MakeDiscreteView(form); });
     RegisterView("frmQV32", [] { return new FrmQV32; });
     RegisterView("frmXF2", [] { return new FrmXF2; });
+    RegisterView("frmComm", [] { return new FrmComm; });
+    RegisterView("frmEther", [] { return new FrmEther; });
+    RegisterView("frmZB", [] { return new FrmZB; });
+    RegisterView("frmZKFD", [] { return new FrmZKFD; });
 }
