@@ -67,7 +67,8 @@ QString ioName(int slot) {
 void installNetworkVariable(SimCard &card) {
     card.setItem("00", "55", "D5");
     card.setItem("17", "00", "D1");
-    card.setItem("17", "42", "D0");
+    for (const char *command : {"42", "43", "44"})
+        card.setItem("17", command, "D0");
     auto scaling = std::make_shared<std::array<QString, kSlots>>();
     const auto factoryNames = [](SimCard &c) {
         for (int slot = 1; slot <= kSlots; ++slot)
