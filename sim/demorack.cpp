@@ -33,7 +33,7 @@ void LoadDemoRack(SimRack &rack) {
     SimRack fresh;
     rack.comm() = fresh.comm();
     rack.comm().model = QStringLiteral("VX-ZT1");
-    rack.comm().version = QStringLiteral("2.04");
+    rack.comm().version = QStringLiteral("1.00");
     InstallCommProfile(rack.comm());
     for (int n = 1; n <= 16; ++n)
         rack.slot(n) = SimCard();
