@@ -28,6 +28,11 @@ QString SelectCommCard(const QString &group, const QString &data, const QString 
     return WriteData(retries, group, QStringLiteral("01"), data);
 }
 
+bool SelectCommCardAndTest(const QString &group, const QString &data, int retries) {
+    SelectCommCard(group, data, QStringLiteral("00"), retries);
+    return !ReadData(retries, QStringLiteral("00"), QStringLiteral("40")).isEmpty();
+}
+
 QString ReadValue(const QString &group, const QString &item, int retries) {
     return ValueAfterColon(ReadData(retries, group, item));
 }
@@ -192,6 +197,17 @@ QPushButton *CommDialog::addCommand(const QString &name, const QString &caption)
     m_commandRow->addWidget(button);
     m_commands << button;
     return button;
+}
+
+void CommDialog::addTransferCommands() {
+    cmdUp = addCommand(QStringLiteral("cmdUp"), QStringLiteral("Upload"));
+    cmdDown = addCommand(QStringLiteral("cmdDown"), QStringLiteral("Download"));
+    cmdExit = addCommand(QStringLiteral("cmdExit"), QStringLiteral("Exit"));
+    connect(cmdExit, &QPushButton::clicked, this, &CommDialog::cmdExit_Click);
+}
+
+void CommDialog::cmdExit_Click() {
+    accept();
 }
 
 QLineEdit *CommDialog::addField(QGridLayout *grid, int row, const QString &caption,

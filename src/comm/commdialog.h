@@ -1,5 +1,7 @@
 #pragma once
 
+#include "rack/cardtable.h"
+
 #include <QDialog>
 #include <QList>
 #include <QString>
@@ -22,6 +24,15 @@ namespace Comm {
 // opening write of `group` (item "01") with `data`. The result of that last write.
 QString SelectCommCard(const QString &group, const QString &data,
                        const QString &slot = QStringLiteral("00"), int retries = 3);
+
+// The comm card selected as above, then its version read: false when the card keeps silent,
+// which is where a transfer that needs the card gives up.
+bool SelectCommCardAndTest(const QString &group, const QString &data, int retries = 3);
+
+// The comm card's record in the card table.
+inline CardRecord &CommRecord() {
+    return CardTable(kCommRecord);
+}
 
 // The value of a read: the text behind the first colon of the reply, empty for no reply.
 QString ReadValue(const QString &group, const QString &item, int retries = 3);
@@ -75,6 +86,15 @@ public:
     bool isBusy() const { return m_runs > 0; }
     void reject() override;
 
+    // "Upload", "Download" and "Exit", made by addTransferCommands().
+    QPushButton *cmdUp = nullptr;
+    QPushButton *cmdDown = nullptr;
+    QPushButton *cmdExit = nullptr;
+
+public slots:
+    // Closes the dialog; nothing is asked and nothing written.
+    void cmdExit_Click();
+
 signals:
     // A run with the card has ended and the commands are back.
     void workDone();
@@ -96,6 +116,8 @@ protected:
     QLabel *heading() const { return m_heading; }
     // A command at the bottom right, in the order added.
     QPushButton *addCommand(const QString &name, const QString &caption);
+    // cmdUp, cmdDown and cmdExit after the commands added so far; Exit is wired to close.
+    void addTransferCommands();
     // A caption and a box in `row` of `grid`; the box fits `chars` characters.
     QLineEdit *addField(QGridLayout *grid, int row, const QString &caption, const QString &name,
                         int chars, bool readOnly = false, int column = 0);

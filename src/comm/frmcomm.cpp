@@ -45,10 +45,6 @@ double leadingNumber(const QString &text) {
     return ok ? value : 0.0;
 }
 
-CardRecord &commRecord() {
-    return CardTable(kCommRecord);
-}
-
 } // namespace
 
 FrmComm::FrmComm(QWidget *parent)
@@ -56,7 +52,6 @@ FrmComm::FrmComm(QWidget *parent)
     buildForm();
     connect(cmdUp, &QPushButton::clicked, this, &FrmComm::cmdUp_Click);
     connect(cmdDown, &QPushButton::clicked, this, &FrmComm::cmdDown_Click);
-    connect(cmdExit, &QPushButton::clicked, this, &FrmComm::cmdExit_Click);
 }
 
 void FrmComm::buildForm() {
@@ -127,9 +122,7 @@ void FrmComm::buildForm() {
     txtZD1->hide();
     body()->addWidget(fraOutput);
 
-    cmdUp = addCommand(QStringLiteral("cmdUp"), QStringLiteral("Upload"));
-    cmdDown = addCommand(QStringLiteral("cmdDown"), QStringLiteral("Download"));
-    cmdExit = addCommand(QStringLiteral("cmdExit"), QStringLiteral("Exit"));
+    addTransferCommands();
 }
 
 // --- What a card has ---------------------------------------------------------------------------
@@ -244,7 +237,7 @@ bool FrmComm::openCard() {
         txtStatus[1]->setText(value);
     }
 
-    txtTimeout->setText(commRecord().Param(1));
+    txtTimeout->setText(Comm::CommRecord().Param(1));
     txtTimeout->setEnabled(HasTimeout());
 
     if (!ReadRequired(kZero, QStringLiteral("40"), value)) return false;
@@ -255,11 +248,11 @@ bool FrmComm::openCard() {
     fraOutput->setVisible(outputs);
     if (outputs)
         for (int slot = 1; slot <= kSlots; ++slot)
-            txtOutSlot.at(size_t(slot))->setText(commRecord().Param(slot + 1));
+            txtOutSlot.at(size_t(slot))->setText(Comm::CommRecord().Param(slot + 1));
 
     m_delayPresent = HasActivateDelay();
     showDelaySwitch(m_delayPresent);
-    if (m_delayPresent) ChkCJC->setChecked(commRecord().Param(18) == QLatin1String("1"));
+    if (m_delayPresent) ChkCJC->setChecked(Comm::CommRecord().Param(18) == QLatin1String("1"));
 
     if (name.startsWith(QLatin1String("ZQ1"))) {
         lblTimeout->hide();
@@ -299,8 +292,8 @@ bool FrmComm::uploadCard() {
         if (reply.isEmpty()) return false;
         txtName->setText(ShortName(ValueBeforeColon(reply)));
     }
-    commRecord().CardName = txtName->text();
-    commRecord().VerNo = txtVersion->text();
+    Comm::CommRecord().CardName = txtName->text();
+    Comm::CommRecord().VerNo = txtVersion->text();
 
     if (!ReadRequired(kZero, QStringLiteral("03"), value)) return false;
     txtStatus[0]->setText(value);
@@ -317,7 +310,7 @@ bool FrmComm::uploadCard() {
     } else {
         txtTimeout->clear();
     }
-    commRecord().Param(1) = txtTimeout->text();
+    Comm::CommRecord().Param(1) = txtTimeout->text();
     txtTimeout->setEnabled(HasTimeout());
 
     if (HasDirectOutput()) {
@@ -326,7 +319,7 @@ bool FrmComm::uploadCard() {
         for (int slot = 1; slot <= kSlots; ++slot) {
             if (!ReadRequired(h, QString::number(9 + slot), value)) return false;
             txtOutSlot.at(size_t(slot))->setText(value);
-            commRecord().Param(slot + 1) = value;
+            Comm::CommRecord().Param(slot + 1) = value;
         }
     }
 
@@ -335,7 +328,8 @@ bool FrmComm::uploadCard() {
     if (delay) {
         if (!ReadRequired(kZero, QStringLiteral("30"), value)) return false;
         ChkCJC->setChecked(value != QLatin1String("0"));
-        commRecord().Param(18) = ChkCJC->isChecked() ? QStringLiteral("1") : QStringLiteral("0");
+        Comm::CommRecord().Param(18) =
+            ChkCJC->isChecked() ? QStringLiteral("1") : QStringLiteral("0");
     }
     return true;
 }
@@ -359,9 +353,9 @@ void FrmComm::cmdDown_Click() {
             if (!Comm::NumberInRange(txtTimeout->text(), 2, 32000))
                 txtTimeout->setText(QStringLiteral("30"));
             WriteData(3, g, QStringLiteral("09"), txtTimeout->text());
-            commRecord().Param(1) = txtTimeout->text();
+            Comm::CommRecord().Param(1) = txtTimeout->text();
         } else {
-            commRecord().Param(1).clear();
+            Comm::CommRecord().Param(1).clear();
         }
     }
 
@@ -372,17 +366,13 @@ void FrmComm::cmdDown_Click() {
             QLineEdit *box = txtOutSlot.at(size_t(slot));
             if (!Comm::NumberInRange(box->text(), 0, 16)) box->setText(QStringLiteral("0"));
             WriteData(3, h, QString::number(9 + slot), box->text());
-            commRecord().Param(slot + 1) = box->text();
+            Comm::CommRecord().Param(slot + 1) = box->text();
         }
     }
 
     if (m_delayPresent) {
         const QString on = ChkCJC->isChecked() ? QStringLiteral("1") : QStringLiteral("0");
         WriteData(3, kZero, QStringLiteral("30"), on);
-        commRecord().Param(18) = on;
+        Comm::CommRecord().Param(18) = on;
     }
-}
-
-void FrmComm::cmdExit_Click() {
-    accept();
 }

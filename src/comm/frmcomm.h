@@ -38,9 +38,6 @@ public:
     QLabel *lblDelay;
     QCheckBox *ChkCJC;
     QLabel *lblDelaySec;
-    QPushButton *cmdUp;
-    QPushButton *cmdDown;
-    QPushButton *cmdExit;
 
     // The short name of a comm card's name text: "ZOKAR" as it is, "QV3..." without its first
     // four characters, any other without its "VX-" prefix.
@@ -65,7 +62,6 @@ public slots:
     void Form_Activate();
     void cmdUp_Click();
     void cmdDown_Click();
-    void cmdExit_Click();
 
 protected:
     void showEvent(QShowEvent *event) override;

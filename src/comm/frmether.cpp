@@ -35,7 +35,6 @@ FrmEther::FrmEther(QWidget *parent)
     buildForm();
     connect(cmdUp, &QPushButton::clicked, this, &FrmEther::cmdUp_Click);
     connect(cmdDown, &QPushButton::clicked, this, &FrmEther::cmdDown_Click);
-    connect(cmdExit, &QPushButton::clicked, this, &FrmEther::cmdExit_Click);
     setFace(false);
 }
 
@@ -119,9 +118,7 @@ void FrmEther::buildForm() {
     sockets->setColumnStretch(4, 1);
     body()->addWidget(Frame1);
 
-    cmdUp = addCommand(QStringLiteral("cmdUp"), QStringLiteral("Upload"));
-    cmdDown = addCommand(QStringLiteral("cmdDown"), QStringLiteral("Download"));
-    cmdExit = addCommand(QStringLiteral("cmdExit"), QStringLiteral("Exit"));
+    addTransferCommands();
 }
 
 bool FrmEther::isIpFace(const QString &model) {
@@ -167,9 +164,8 @@ void FrmEther::cmdUp_Click() {
 }
 
 bool FrmEther::uploadCard() {
-    Comm::SelectCommCard(QStringLiteral("01"), QStringLiteral("1"));
+    if (!Comm::SelectCommCardAndTest(QStringLiteral("01"), QStringLiteral("1"))) return false;
     QString value;
-    if (!ReadRequired(kZero, QStringLiteral("40"), value)) return false;
     if (!ReadRequired(kZero, QStringLiteral("59"), value)) return false;
     txtIP.setText(value);
     if (m_ipFace) {
@@ -204,8 +200,7 @@ bool FrmEther::uploadCard() {
 void FrmEther::cmdDown_Click() {
     if (isBusy()) return;
     Run run(this);
-    Comm::SelectCommCard(QStringLiteral("01"), QStringLiteral("1"));
-    if (ReadData(3, kZero, QStringLiteral("40")).isEmpty()) {
+    if (!Comm::SelectCommCardAndTest(QStringLiteral("01"), QStringLiteral("1"))) {
         Comm::ShowIncomplete(Comm::Transfer::Download);
         return;
     }
@@ -236,8 +231,4 @@ void FrmEther::cmdDown_Click() {
         for (int n = 1; n <= kSockets; ++n)
             WriteData(3, kZero, lingerItem(n), txtTimeout.at(size_t(n))->text());
     }
-}
-
-void FrmEther::cmdExit_Click() {
-    accept();
 }

@@ -35,16 +35,12 @@ public:
     std::array<QLineEdit *, 5> txtPort{};    // 1..4
     std::array<QLineEdit *, 5> txtTimeout{}; // 1..4
     std::array<QLabel *, 2> lblMac{};
-    QPushButton *cmdUp;
-    QPushButton *cmdDown;
-    QPushButton *cmdExit;
 
     bool ipFace() const { return m_ipFace; }
 
 public slots:
     void cmdUp_Click();
     void cmdDown_Click();
-    void cmdExit_Click();
 
 private:
     void buildForm();

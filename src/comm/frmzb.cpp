@@ -26,10 +26,6 @@ const QString kZero = QStringLiteral("00");
 // The card's own group.
 const QString kGroup = QStringLiteral("17");
 
-CardRecord &commRecord() {
-    return CardTable(kCommRecord);
-}
-
 QString item(int n) {
     return QString::number(n);
 }
@@ -47,7 +43,6 @@ FrmZB::FrmZB(QWidget *parent)
     connect(cmdReadCard, &QPushButton::clicked, this, &FrmZB::cmdReadCard_Click);
     connect(cmdUp, &QPushButton::clicked, this, &FrmZB::cmdUp_Click);
     connect(cmdDown, &QPushButton::clicked, this, &FrmZB::cmdDown_Click);
-    connect(cmdExit, &QPushButton::clicked, this, &FrmZB::cmdExit_Click);
     selectFirstPage();
 }
 
@@ -63,9 +58,7 @@ void FrmZB::buildForm() {
     body()->addLayout(delay);
 
     cmdReadCard = addCommand(QStringLiteral("cmdReadCard"), QStringLiteral("Read Card"));
-    cmdUp = addCommand(QStringLiteral("cmdUp"), QStringLiteral("Upload"));
-    cmdDown = addCommand(QStringLiteral("cmdDown"), QStringLiteral("Download"));
-    cmdExit = addCommand(QStringLiteral("cmdExit"), QStringLiteral("Exit"));
+    addTransferCommands();
 }
 
 // The names, four cards a row, with the option beside each row that shows its cards' scaling.
@@ -243,7 +236,7 @@ void FrmZB::Upload_First_File() {
     Run run(this);
     WriteData(3, kGroup, QStringLiteral("0"), QStringLiteral("1"));
     ReadData(3, kZero, QStringLiteral("55"));
-    const CardRecord &record = commRecord();
+    const CardRecord &record = Comm::CommRecord();
     txtTimeout->setText(record.Param(2));
     for (int i = 1; i <= kCards; ++i) {
         txtCardList.at(size_t(i))->setText(record.ChParam(i));
@@ -273,7 +266,7 @@ void FrmZB::cmdReadCard_Click() {
 
 bool FrmZB::uploadCard() {
     Comm::SelectCommCard(kZero, QStringLiteral("1"));
-    CardRecord &record = commRecord();
+    CardRecord &record = Comm::CommRecord();
     QString value;
     if (!Comm::ReadRequired(kZero, QStringLiteral("40"), value)) return false;
     record.VerNo = QStringLiteral("V") + value;
@@ -313,8 +306,7 @@ bool FrmZB::uploadCard() {
 void FrmZB::cmdDown_Click() {
     if (isBusy()) return;
     Run run(this);
-    Comm::SelectCommCard(QStringLiteral("01"), QStringLiteral("1"));
-    if (ReadData(3, kZero, QStringLiteral("40")).isEmpty()) {
+    if (!Comm::SelectCommCardAndTest(QStringLiteral("01"), QStringLiteral("1"))) {
         Comm::ShowIncomplete(Comm::Transfer::Download);
         return;
     }
@@ -324,7 +316,7 @@ void FrmZB::cmdDown_Click() {
         return;
     }
     // What the writes answer is not examined.
-    CardRecord &record = commRecord();
+    CardRecord &record = Comm::CommRecord();
     WriteData(3, kZero, QStringLiteral("1"), QStringLiteral("1"));
     WriteData(3, kZero, QStringLiteral("55"), txtTimeout->text());
     record.Param(2) = txtTimeout->text();
@@ -344,8 +336,4 @@ void FrmZB::cmdDown_Click() {
         WriteData(3, kGroup, item(60 + i), m_vndAhu.at(size_t(i)));
         record.Param(48 + i) = m_vndAhu.at(size_t(i));
     }
-}
-
-void FrmZB::cmdExit_Click() {
-    accept();
 }

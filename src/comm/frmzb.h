@@ -42,9 +42,6 @@ public:
     std::array<QComboBox *, kColumns * kChannels> cbScl{};
     QLineEdit *txtTimeout;
     QPushButton *cmdReadCard;
-    QPushButton *cmdUp;
-    QPushButton *cmdDown;
-    QPushButton *cmdExit;
 
     // What the dialog holds for card i (1..16), whichever page shows.
     const QString &scaling(int card) const { return m_scaling.at(size_t(card)); }
@@ -54,7 +51,6 @@ public:
 public slots:
     void cmdUp_Click();
     void cmdDown_Click();
-    void cmdExit_Click();
     void cmdReadCard_Click();
 
 protected:

@@ -17,10 +17,6 @@ const QString kGroup = QStringLiteral("50");
 // The one model whose main/sub switch delay can be set.
 const QString kRedundantModel = QStringLiteral("VX-ZKFD1W");
 
-CardRecord &commRecord() {
-    return CardTable(kCommRecord);
-}
-
 } // namespace
 
 FrmZKFD::FrmZKFD(QWidget *parent)
@@ -28,7 +24,6 @@ FrmZKFD::FrmZKFD(QWidget *parent)
     buildForm();
     connect(cmdUp, &QPushButton::clicked, this, &FrmZKFD::cmdUp_Click);
     connect(cmdDown, &QPushButton::clicked, this, &FrmZKFD::cmdDown_Click);
-    connect(cmdExit, &QPushButton::clicked, this, &FrmZKFD::cmdExit_Click);
 }
 
 void FrmZKFD::buildForm() {
@@ -49,9 +44,7 @@ void FrmZKFD::buildForm() {
     grid->setColumnStretch(1, 1);
     body()->addWidget(frame);
 
-    cmdUp = addCommand(QStringLiteral("cmdUp"), QStringLiteral("Upload"));
-    cmdDown = addCommand(QStringLiteral("cmdDown"), QStringLiteral("Download"));
-    cmdExit = addCommand(QStringLiteral("cmdExit"), QStringLiteral("Exit"));
+    addTransferCommands();
 
     for (QLineEdit *box : {txbNetWorkNo, txbRedundant}) {
         InstallKeyFilter(box, Comm::KeyDigits);
@@ -73,8 +66,10 @@ void FrmZKFD::Upload_First_File() {
     txbRedundant->setEnabled(CommCardName.left(9) == kRedundantModel);
     cmdUp_Click();
     // What the last check or Download kept is what the user meant, whatever the card says.
-    if (!commRecord().Param(20).isEmpty()) txbNetWorkNo->setText(commRecord().Param(20));
-    if (!commRecord().Param(21).isEmpty()) txbRedundant->setText(commRecord().Param(21));
+    if (!Comm::CommRecord().Param(20).isEmpty())
+        txbNetWorkNo->setText(Comm::CommRecord().Param(20));
+    if (!Comm::CommRecord().Param(21).isEmpty())
+        txbRedundant->setText(Comm::CommRecord().Param(21));
 }
 
 // The card's silence leaves a box empty; there is no failure path here.
@@ -97,22 +92,18 @@ void FrmZKFD::cmdDown_Click() {
     Comm::SelectCommCard(kGroup, QStringLiteral("F"));
     if (!CheckNetworkNo()) return;
     WriteData(10, kGroup, QStringLiteral("88"), txbNetWorkNo->text());
-    commRecord().Param(20) = txbNetWorkNo->text();
+    Comm::CommRecord().Param(20) = txbNetWorkNo->text();
     // The delay is checked on a card without it too; its box holds what the card reported.
     if (!CheckSwitchDelay()) return;
     WriteData(10, kGroup, QStringLiteral("97"), txbRedundant->text());
-    commRecord().Param(21) = txbRedundant->text();
-}
-
-void FrmZKFD::cmdExit_Click() {
-    accept();
+    Comm::CommRecord().Param(21) = txbRedundant->text();
 }
 
 bool FrmZKFD::CheckNetworkNo() {
     if (!Comm::CheckNumber(txbNetWorkNo->text(), 1, 239,
                            QStringLiteral("Please enter number 1 - 239")))
         return false;
-    commRecord().Param(20) = txbNetWorkNo->text();
+    Comm::CommRecord().Param(20) = txbNetWorkNo->text();
     return true;
 }
 
@@ -120,6 +111,6 @@ bool FrmZKFD::CheckSwitchDelay() {
     if (!Comm::CheckNumber(txbRedundant->text(), 0, 5000,
                            QStringLiteral("Please enter number 0 - 5000")))
         return false;
-    commRecord().Param(21) = txbRedundant->text();
+    Comm::CommRecord().Param(21) = txbRedundant->text();
     return true;
 }

@@ -29,14 +29,10 @@ public:
     QLineEdit *txbMACAdd;
     QLineEdit *txbLinkStatus;
     QLineEdit *txbRedundant;
-    QPushButton *cmdUp;
-    QPushButton *cmdDown;
-    QPushButton *cmdExit;
 
 public slots:
     void cmdUp_Click();
     void cmdDown_Click();
-    void cmdExit_Click();
 
 private:
     void buildForm();
