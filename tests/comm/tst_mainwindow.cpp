@@ -1,4 +1,5 @@
 #include "app/desk.h"
+#include "comm/commrack.h"
 
 #include "comm/commdialog.h"
 #include "profiles/comm.h"
@@ -28,32 +29,16 @@ class CommFromMainWindowTest : public QObject {
 
 private slots:
     void dialogsOpenFromTheirCommand_data() {
-        QTest::addColumn<QString>("model");
-        QTest::addColumn<QString>("command");
-        QTest::addColumn<QString>("form");
-        QTest::addColumn<QString>("probe"); // a box and what it shows once the dialog is up
-        QTest::addColumn<QString>("shows");
-        QTest::addColumn<bool>("ownStart");
-        QTest::newRow("settings") << "VX-ZT1"
-                                  << "cmdComm"
-                                  << "frmComm"
-                                  << "txtName"
-                                  << "ZT1" << false;
-        QTest::newRow("Ethernet") << "VX-ZTIP1"
-                                  << "cmdSpecialSetting"
-                                  << "frmEther"
-                                  << "txtDGate(3)"
-                                  << "1" << false;
-        QTest::newRow("network variable") << "VX-ZB2"
-                                          << "cmdSpecialSetting"
-                                          << "frmZB"
-                                          << "txtCardList(1)"
-                                          << "BOILER" << false;
-        QTest::newRow("CC-Link IE") << "VX-ZKFD1W"
-                                    << "cmdSpecialSetting"
-                                    << "frmZKFD"
-                                    << "txbLinkStatus"
-                                    << "UP" << true;
+        // "probe": a box, and "shows" what it shows once the dialog is up; "ownStart": "x" for
+        // a dialog that takes the special button off while it is up.
+        vxtest::textTable(
+            {"model", "command", "form", "probe", "shows", "ownStart"},
+            {{"settings", "VX-ZT1", "cmdComm", "frmComm", "txtName", "ZT1", ""},
+             {"Ethernet", "VX-ZTIP1", "cmdSpecialSetting", "frmEther", "txtDGate(3)", "1", ""},
+             {"network variable", "VX-ZB2", "cmdSpecialSetting", "frmZB", "txtCardList(1)",
+              "BOILER", ""},
+             {"CC-Link IE", "VX-ZKFD1W", "cmdSpecialSetting", "frmZKFD", "txbLinkStatus", "UP",
+              "x"}});
     }
     void dialogsOpenFromTheirCommand() {
         QFETCH(QString, model);
@@ -61,7 +46,7 @@ private slots:
         QFETCH(QString, form);
         QFETCH(QString, probe);
         QFETCH(QString, shows);
-        QFETCH(bool, ownStart);
+        QFETCH(QString, ownStart);
         Desk d;
         putCommCard(d, model, "2.04");
         QVERIFY(d.connect(1));
@@ -92,7 +77,7 @@ private slots:
         *armed = false;
         QCOMPARE(shown, shows);
         QVERIFY(connectOff);
-        QCOMPARE(specialOn, !ownStart);
+        QCOMPARE(specialOn, ownStart.isEmpty());
         // Closing gives both back.
         QVERIFY(d.window->mnuConnect->menuAction()->isEnabled());
         QVERIFY(d.window->cmdSpecialSetting->isEnabled());
