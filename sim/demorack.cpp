@@ -1,6 +1,7 @@
 #include "demorack.h"
 
 #include "cardprofiles.h"
+#include "profiles/comm.h"
 
 namespace {
 
@@ -37,6 +38,7 @@ void LoadDemoRack(SimRack &rack) {
     rack.comm() = fresh.comm();
     rack.comm().model = QStringLiteral("VX-ZT1");
     rack.comm().version = QStringLiteral("1.00");
+    InstallCommProfile(rack.comm());
     for (int n = 1; n <= 16; ++n)
         rack.slot(n) = SimCard();
     for (const DemoCard &demo : kDemoCards) {

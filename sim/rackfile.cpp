@@ -1,6 +1,7 @@
 #include "rackfile.h"
 
 #include "cardprofiles.h"
+#include "profiles/comm.h"
 
 #include <QFile>
 #include <QMap>
@@ -158,6 +159,7 @@ public:
     void build(std::array<SimCard, 17> &cards) const {
         SimRack fresh;
         cards[0] = fresh.comm();
+        InstallCommProfile(cards[0]);
         for (const Section &section : m_sections) {
             SimCard &card = cards[size_t(section.slot)];
             const auto field = [&](const char *key, const QString &fallback) {
@@ -167,7 +169,16 @@ public:
             card.version = field("version", card.version);
             card.dip = field("dip", card.dip);
             card.listName = field("listname", card.listName);
-            if (section.slot > 0) InstallProfile(card);
+            if (section.slot > 0) {
+                InstallProfile(card);
+            } else {
+                // The comm card's profile follows its model: it starts afresh from its fields.
+                SimCard comm;
+                comm.model = card.model;
+                comm.version = card.version;
+                card = comm;
+                InstallCommProfile(card);
+            }
             for (const Item &item : section.items)
                 card.setItem(item.group, item.item, item.value);
         }

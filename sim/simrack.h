@@ -28,6 +28,13 @@ struct SimCard {
                        const QString &data)>
         onWrite;
 
+    // Asked first for every write, for items whose reply is not the echo of the data (a write
+    // that asks the card for a value): a text is the reply, and the write is neither stored nor
+    // passed to onWrite; nothing goes on as usual.
+    std::function<std::optional<QString>(SimCard &card, const QString &group, const QString &item,
+                                         const QString &data)>
+        writeReply;
+
     bool present() const { return !model.isEmpty(); }
     void setItem(const QString &group, const QString &item, const QString &reply) {
         groups[group][item] = reply;

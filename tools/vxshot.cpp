@@ -17,6 +17,7 @@
 #include "app/session.h"
 #include "cardprofiles.h"
 #include "demorack.h"
+#include "profiles/comm.h"
 #include "link/link.h"
 #include "rack/cardtable.h"
 #include "rackfile.h"
@@ -197,7 +198,7 @@ int main(int argc, char **argv) {
         } else if (verb == "comm") {
             SimCard card;
             if (!parseCard(value, card)) return usage();
-            card.setItem("01", "01", "D1");
+            InstallCommProfile(card);
             rack.comm() = card;
         } else if (verb == "card") {
             const int slot = value.section('=', 0, 0).toInt();

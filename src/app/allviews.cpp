@@ -1,5 +1,9 @@
 #include "app/allviews.h"
 
+#include "comm/frmcomm.h"
+#include "comm/frmether.h"
+#include "comm/frmzb.h"
+#include "comm/frmzkfd.h"
 #include "rack/overview.h"
 #include "ui/viewregistry.h"
 #include "views/analog/voltage.h"
@@ -32,4 +36,8 @@ void RegisterAllViews() {
     RegisterView("frmQZ4A", [] { return new FrmQZ4A; });
     RegisterView("frmQZ8", [] { return new FrmQZ8; });
     RegisterView("frmQZ16", [] { return MakeFrmQZ16(); });
+    RegisterView("frmComm", [] { return new FrmComm; });
+    RegisterView("frmEther", [] { return new FrmEther; });
+    RegisterView("frmZB", [] { return new FrmZB; });
+    RegisterView("frmZKFD", [] { return new FrmZKFD; });
 }

@@ -410,14 +410,19 @@ void FrmVxCfg::cmdSpecialSetting_Click() {
     } else {
         // These dialogs turn the button on again when they close.
         if (row->ownStart) cmdSpecialSetting->setEnabled(false);
-        showDialog(row->dialog, true);
+        if (!showDialog(row->dialog, true))
+            People::message(QStringLiteral("%1: this dialog is not available in this version of "
+                                           "VXCFG.")
+                                .arg(row->caption),
+                            QString(), People::Icon::Information);
+        if (row->ownStart) cmdSpecialSetting->setEnabled(true);
     }
     if (m_ending) return;
     mnuConnect->menuAction()->setEnabled(true);
 }
 
 // Shows a registered dialog modally; `start` runs its opening routine first. A dialog that is
-// not part of the program yet opens nothing.
+// not part of the program yet opens nothing and gives false.
 bool FrmVxCfg::showDialog(const QString &formName, bool start) {
     auto *dialog = qobject_cast<QDialog *>(ViewByName(formName));
     if (!dialog) return false;

@@ -50,7 +50,8 @@ private slots:
         SimRack rack;
         QString error;
         QVERIFY2(RackFile::parse(text, rack, &error), qPrintable(error));
-        QCOMPARE(ask(rack, 0, "00", "04"), QString("DVX-ZE1"));
+        // The comm card tells its name with a status behind a colon.
+        QCOMPARE(ask(rack, 0, "00", "04"), QString("DVX-ZE1:00"));
         QCOMPARE(ask(rack, 0, "00", "40"), QString("DVER:3.02"));
         QCOMPARE(ask(rack, 4, "01", "02"), QString("D1:100"));
         QCOMPARE(ask(rack, 4, "2", "7"), QString("D#5"));
