@@ -172,6 +172,7 @@ QString SimRack::answerData(const QString &data) {
         return "D" + data;
     }
     SimCard &card = selected();
+    if (card.accepts && !card.accepts(m_group, m_item, data)) return QStringLiteral("CNG");
     card.groups[m_group][m_item] = "D" + data;
     if (card.onWrite) card.onWrite(card, m_group, m_item, data);
     return "D" + data;

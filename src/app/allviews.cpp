@@ -7,6 +7,7 @@
 #include "views/discrete/discrete.h"
 #include "views/discrete/frmqv32.h"
 #include "views/discrete/frmxf2.h"
+#include "views/power/xdu.h"
 
 // One line per form, kept in one place: registrations spread over a static library would be
 // dropped by the linker wherever nothing else refers to their file.
@@ -20,4 +21,5 @@ void RegisterAllViews() {
         RegisterView(plan.formName, [form = plan.formName] { return MakeDiscreteView(form); });
     RegisterView("frmQV32", [] { return new FrmQV32; });
     RegisterView("frmXF2", [] { return new FrmXF2; });
+    RegisterView("frmXDU", [] { return new FrmXDU; });
 }
