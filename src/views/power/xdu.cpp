@@ -19,6 +19,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QStringListModel>
 #include <QTimer>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -274,16 +275,18 @@ QWidget *FrmXDU::buildWordTable() {
                                     "Scale", "Ch.",  "Value",     "Unit"};
     for (int c = 0; c < 8; ++c)
         grid->addWidget(ViewBuilders::caption(panel, captions[c], true), 0, c);
+    // One list of the names serves all sixteen rows.
     QStringList names;
     for (const WordRow &word : WordTable())
         names << word.name;
+    auto *nameModel = new QStringListModel(names, panel);
     for (int n = 0; n < kRows; ++n) {
         using ViewBuilders::arrayName;
         hexIdx[n] = MakeLabel(panel, arrayName("hexIdx", n), QStringLiteral("+%1").arg(n));
         txtParData[n] = ViewBuilders::valueField(panel, arrayName("txtParData", n), 4);
         auto *items = new ItemList(panel);
         items->setObjectName(arrayName("cbItem", n));
-        items->addItems(names);
+        items->setModel(nameModel);
         items->setMaxVisibleItems(24);
         const QFontMetrics metrics(items->font());
         items->setFixedWidth(metrics.horizontalAdvance(QStringLiteral("THD U3N MAXX")) + 30);
@@ -691,7 +694,8 @@ void FrmXDU::setChSetting(int row, const QString &text) {
     cbScale[row]->setCurrentIndex(ok && scale >= 0 && scale <= 3 ? scale : 0);
     const int system = fields.at(2).trimmed().toInt();
     // A system the card does not have selects nothing, so the user sees it.
-    cbCh[row]->setCurrentIndex(system == 1 || system == 2 ? system - 1 : -1);
+    const int ch = system == 1 || system == 2 ? system - 1 : -1;
+    cbCh[row]->setCurrentIndex(ch < cbCh[row]->count() ? ch : -1);
 }
 
 void FrmXDU::setBinding() {
