@@ -111,7 +111,6 @@ std::optional<Binding> parseBinding(const QString &text) {
 struct MultiPower {
     bool twoSystems = false;
     int sensors = 1;
-    bool freeFirstSensor = false;
     std::array<QString, kWords> active; // the bindings the card works with
     std::array<double, 3> energyOffset{0, 1234560, 345670};
     std::array<qint64, 3> energyFrom{};
@@ -236,14 +235,8 @@ void setConfiguration(SimCard &card, const QString &group, int system) {
 QStringList defaultBindings(bool twoSystems) {
     QStringList bindings = {"40001;2;1;0", "40003;2;1;0", "40005;2;1;0",
                             "40011;1;1;0", "40013;1;1;0", "40129;2;1;0"};
-    if (twoSystems)
-        bindings << "40001;2;2;0"
-                 << "40005;2;2;0"
-                 << "41538;1;1;0"
-                 << "40865;1;1;0";
-    else
-        bindings << "40007;1;1;1"
-                 << "41538;1;1;0";
+    bindings += twoSystems ? QStringList{"40001;2;2;0", "40005;2;2;0", "41538;1;1;0", "40865;1;1;0"}
+                           : QStringList{"40007;1;1;1", "41538;1;1;0"};
     while (bindings.size() < kWords)
         bindings << kFree;
     return bindings;
@@ -256,8 +249,8 @@ void InstallMultiPowerProfile(SimCard &card) {
     const QString &model = card.model;
     state->twoSystems = model.size() >= 5 && model.at(4) == QLatin1Char('2');
     const QChar series = model.size() >= 6 ? model.at(5) : QChar();
-    state->freeFirstSensor = series == QLatin1Char('B') || series == QLatin1Char('E');
-    state->sensors = series == QLatin1Char('A') ? 4 : state->freeFirstSensor ? 6 : 1;
+    const bool sixSensors = series == QLatin1Char('B') || series == QLatin1Char('E');
+    state->sensors = series == QLatin1Char('A') ? 4 : sixSensors ? 6 : 1;
 
     card.setItem("01", "01", "D1");
     card.setItem("02", "01", "D1");

@@ -239,6 +239,9 @@ FrmXDU::FrmXDU(QWidget *parent)
         box->setFrame(false);
     for (int n = 0; n < kRows; ++n)
         m_bind << kFreeBinding;
+    // A Download waits for the next regular tick here; only an Upload hurries it.
+    disconnect(cmdDown, &QPushButton::clicked, this, &CardView::cmdDown_Click);
+    connect(cmdDown, &QPushButton::clicked, this, [this] { DownloadPending = true; });
 }
 
 // The configuration frames stand in a band above the word rows and in a column beside them,
@@ -280,6 +283,10 @@ QWidget *FrmXDU::buildWordTable() {
     for (const WordRow &word : WordTable())
         names << word.name;
     auto *nameModel = new QStringListModel(names, panel);
+    const QFontMetrics metrics(panel->font());
+    int longest = 0;
+    for (const QString &name : names)
+        longest = std::max(longest, metrics.horizontalAdvance(name));
     for (int n = 0; n < kRows; ++n) {
         using ViewBuilders::arrayName;
         hexIdx[n] = MakeLabel(panel, arrayName("hexIdx", n), QStringLiteral("+%1").arg(n));
@@ -288,10 +295,8 @@ QWidget *FrmXDU::buildWordTable() {
         items->setObjectName(arrayName("cbItem", n));
         items->setModel(nameModel);
         items->setMaxVisibleItems(24);
-        const QFontMetrics metrics(items->font());
-        items->setFixedWidth(metrics.horizontalAdvance(QStringLiteral("THD U3N MAXX")) + 30);
-        items->view()->setMinimumWidth(metrics.horizontalAdvance(QStringLiteral("THD U3N MAXXX")) +
-                                       40);
+        items->setFixedWidth(longest + 36);
+        items->view()->setMinimumWidth(longest + 48);
         items->onOpen = [this, n] { CycleReadOn = static_cast<qint16>(n); };
         cbItem[n] = items;
         cbWordNum[n] = MakeList(panel, arrayName("cbWordNum", n), {"1W", "2W"}, 1);
@@ -425,6 +430,20 @@ void FrmXDU::buildConfiguration(QHBoxLayout *top, QVBoxLayout *side) {
     for (QGroupBox *box : {ctFrame, cutFrame, sigFrame, resetFrame})
         side->addWidget(box);
 
+    // In the order of the fields; a field the systems share has its control twice.
+    m_fieldControls = {{cbWiring, cbWiring},
+                       {txtVT1, txtVT1},
+                       {txtVT2, txtVT2},
+                       {txtCur1[0], txtCur1[1]},
+                       {cbPsna[0], cbPsna[1]},
+                       {txtVCut[0], txtVCut[1]},
+                       {txtICut[0], txtICut[1]},
+                       {cbInpSig[0], cbInpSig[1]},
+                       {cbPF, cbPF},
+                       {cbQ, cbQ},
+                       {cbS, cbS},
+                       {txtIIT, txtIIT},
+                       {txtVLTIT, txtVLTIT}};
     for (int s = 0; s < kSystems; ++s)
         connect(cbPsna[s], &QComboBox::activated, this, [this, s] { cbPsna_Click(s + 1); });
     connect(CmdReset, &QPushButton::clicked, this, &FrmXDU::CmdReset_Click);
@@ -493,37 +512,7 @@ void FrmXDU::ViewRefresh() {
 // ---- Configuration fields ----------------------------------------------------------------------
 
 QWidget *FrmXDU::control(int field, int system) const {
-    const int s = perSystem(field) ? system - 1 : 0;
-    switch (field) {
-    case Wiring:
-        return cbWiring;
-    case VT1:
-        return txtVT1;
-    case VT2:
-        return txtVT2;
-    case Cur:
-        return txtCur1[s];
-    case Psna:
-        return cbPsna[s];
-    case VCut:
-        return txtVCut[s];
-    case ICut:
-        return txtICut[s];
-    case InpSig:
-        return cbInpSig[s];
-    case PF:
-        return cbPF;
-    case Q:
-        return cbQ;
-    case S:
-        return cbS;
-    case IIT:
-        return txtIIT;
-    case VLTIT:
-        return txtVLTIT;
-    default:
-        return nullptr;
-    }
+    return m_fieldControls.at(field).at(perSystem(field) ? system - 1 : 0);
 }
 
 // What the field sends: a list's index, a box's text; the empty text when there is nothing.

