@@ -800,15 +800,26 @@ void FrmXDU::CmdReset_Click() {
     WaitForTimer->setInterval(Clock::ms(10));
 }
 
-void FrmXDU::ViewUpload() {
+// Both workers address the card, take its full name and open the word map.
+void FrmXDU::beginWorker(int steps, const QString &text) {
     setWorking(true);
     record().VerNo = txtVerNo->text();
-    OpenProgress(15, "Uploading");
+    OpenProgress(steps, text);
     AddressCard();
     const QString name = ReadData(kRetries, "00", "04");
     // A card that keeps silent keeps the name the scan found.
     if (!name.isEmpty()) record().CardName = ValueAfterColon(name);
     WriteData(kRetries, "02", "01", "F");
+}
+
+void FrmXDU::endWorker() {
+    CloseProgress();
+    setWorking(false);
+    CycleReadOn = -1;
+}
+
+void FrmXDU::ViewUpload() {
+    beginWorker(15, "Uploading");
     for (int n = 0; n < kRows; ++n) {
         m_bind[n] = ValueAfterColon(ReadData(kRetries, "02", QString::number(10 + n)));
         record().Param(n + 1) = m_bind[n];
@@ -827,19 +838,11 @@ void FrmXDU::ViewUpload() {
     }
     for (int field : kUploadShared)
         readField(field, 1);
-    CloseProgress();
-    setWorking(false);
-    CycleReadOn = -1;
+    endWorker();
 }
 
 void FrmXDU::ViewDownload() {
-    setWorking(true);
-    record().VerNo = txtVerNo->text();
-    OpenProgress(16, "Downloading");
-    AddressCard();
-    const QString name = ReadData(kRetries, "00", "04");
-    if (!name.isEmpty()) record().CardName = ValueAfterColon(name);
-    WriteData(kRetries, "02", "01", "F");
+    beginWorker(16, "Downloading");
     setBindInfo();
     for (int n = 0; n < kRows; ++n) {
         record().Param(n + 1) = m_bind[n];
@@ -869,9 +872,7 @@ void FrmXDU::ViewDownload() {
     // The card takes over what was written.
     WriteData(kRetries, "02", "09", "1");
     Clock::pause(kTakeOverMs);
-    CloseProgress();
-    setWorking(false);
-    CycleReadOn = -1;
+    endWorker();
 }
 
 // ---- Live words --------------------------------------------------------------------------------

@@ -122,6 +122,8 @@ private:
     void cbPsna_Click(int system);
     void applyEditState();
     void setWorking(bool working);
+    void beginWorker(int steps, const QString &text);
+    void endWorker();
     void secondRowToOneSystem(bool toRecord);
     bool seriesWithFreeRating() const;
     int systems() const { return m_model.twoSystems ? 2 : 1; }
