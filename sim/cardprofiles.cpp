@@ -3,6 +3,7 @@
 #include "profiles/calorie.h"
 #include "profiles/power.h"
 #include "profiles/pulse.h"
+#include "profiles/multipower.h"
 #include "profiles/support.h"
 
 #include <memory>
@@ -24,17 +25,6 @@ void InstallVoltageProfile(SimCard &card, int channels) {
         const int ch = item.toInt() - 9;
         if (group != QLatin1String("00") || ch < 1 || ch > channels) return std::nullopt;
         return QStringLiteral("D%1:%2").arg(ch).arg(drifting(ch, ms, 50.0, 45.0));
-    };
-}
-
-void InstallMultiPowerProfile(SimCard &card) {
-    card.setItem("01", "01", "D1");
-    for (int item = 10; item <= 17; ++item)
-        card.setItem("01", QString::number(item), "D0.0");
-    card.live = [](const QString &group, const QString &item, qint64 ms) -> std::optional<QString> {
-        const int ch = item.toInt() - 9;
-        if (group != QLatin1String("01") || ch < 1 || ch > 8) return std::nullopt;
-        return QStringLiteral("D%1:%2").arg(ch).arg(drifting(ch, ms, 200.0, 20.0));
     };
 }
 

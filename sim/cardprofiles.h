@@ -12,8 +12,6 @@ bool InstallProfile(SimCard &card);
 // The plain signal cards: 4, 8 or 16 channels of scales, adjusts and "Unused" flags.
 void InstallVoltageProfile(SimCard &card, int channels);
 
-// The multi-power card's eight live values (group 01 items 10..17).
-void InstallMultiPowerProfile(SimCard &card);
 // The calorie card's four live values (group 00 items 10..13), now and then "TMOUT".
 void InstallCalorieProfile(SimCard &card);
 

@@ -18,7 +18,7 @@ const DemoCard kDemoCards[] = {
     {1, "QF4", "", "1.20", "01,00,80"},
     {2, "QT8", "", "1.05", "00,00,00"},
     // The multi-power card lists its family only; its own item 04 gives the full name.
-    {3, "XDU4AC01", "XDU", "2.01", "00,40,00"},
+    {3, "XDU42B01", "XDU", "2.01", "00,40,00"},
     {4, "QT64", "", "1.03", "00,00,00"},
     {5, "QZ8", "", "1.10", "10,02,00"},
     {6, "XE4", "", "1.31", "00,00,01"},

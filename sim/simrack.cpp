@@ -172,6 +172,7 @@ QString SimRack::answerData(const QString &data) {
         return "D" + data;
     }
     SimCard &card = selected();
+    if (card.accepts && !card.accepts(m_group, m_item, data)) return QStringLiteral("CNG");
     if (card.writeReply)
         if (const auto reply = card.writeReply(card, m_group, m_item, data)) return *reply;
     card.groups[m_group][m_item] = "D" + data;

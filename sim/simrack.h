@@ -23,6 +23,9 @@ struct SimCard {
     // Live values: asked first for every read; return nothing to use the store.
     std::function<std::optional<QString>(const QString &group, const QString &item, qint64 ms)>
         live;
+    // Asked before a write is stored: false refuses it with "CNG" and keeps the item as it was.
+    // Unset: every write is taken.
+    std::function<bool(const QString &group, const QString &item, const QString &data)> accepts;
     // Called after a write has been stored, for cards whose items act on each other.
     std::function<void(SimCard &card, const QString &group, const QString &item,
                        const QString &data)>

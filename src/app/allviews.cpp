@@ -15,6 +15,7 @@
 #include "views/power/xd.h"
 #include "views/power/pulse.h"
 #include "views/power/qz2.h"
+#include "views/power/xdu.h"
 
 // One line per form, kept in one place: registrations spread over a static library would be
 // dropped by the linker wherever nothing else refers to their file.
@@ -40,4 +41,5 @@ void RegisterAllViews() {
     RegisterView("frmEther", [] { return new FrmEther; });
     RegisterView("frmZB", [] { return new FrmZB; });
     RegisterView("frmZKFD", [] { return new FrmZKFD; });
+    RegisterView("frmXDU", [] { return new FrmXDU; });
 }
