@@ -1,6 +1,10 @@
 #include "cardprofiles.h"
 
+#include "profiles/current.h"
+#include "profiles/millivolt.h"
+#include "profiles/qjs8.h"
 #include "profiles/support.h"
+#include "profiles/universal.h"
 
 #include <memory>
 
@@ -32,19 +36,6 @@ void InstallMultiPowerProfile(SimCard &card) {
         const int ch = item.toInt() - 9;
         if (group != QLatin1String("01") || ch < 1 || ch > 8) return std::nullopt;
         return QStringLiteral("D%1:%2").arg(ch).arg(drifting(ch, ms, 200.0, 20.0));
-    };
-}
-
-void InstallCalorieProfile(SimCard &card) {
-    card.setItem("01", "01", "D1");
-    // Now and then a channel is still measuring and says so; the next read has the value.
-    auto reads = std::make_shared<int>(0);
-    card.live = [reads](const QString &group, const QString &item,
-                        qint64 ms) -> std::optional<QString> {
-        const int ch = item.toInt() - 9;
-        if (group != QLatin1String("00") || ch < 1 || ch > 4) return std::nullopt;
-        if (++*reads % 7 == 0) return QStringLiteral("D%1:TMOUT").arg(ch);
-        return QStringLiteral("D%1:%2").arg(ch).arg(drifting(ch, ms, 1200.0, 300.0));
     };
 }
 
@@ -170,7 +161,11 @@ const ProfileRow kProfiles[] = {
     {{"QF8", "QG8", "QH8", "QJ8", "QK8"}, [](SimCard &c) { InstallVoltageProfile(c, 8); }},
     {{"QF1", "QG1"}, [](SimCard &c) { InstallVoltageProfile(c, 16); }},
     {{"XDU"}, InstallMultiPowerProfile},
-    {{"XE"}, InstallCalorieProfile},
+    {{"XE4"}, InstallUniversalProfile},
+    {{"QL4", "QM4", "QN4", "QL8"}, InstallCurrentProfile},
+    {{"QS4", "QS8"}, InstallMillivoltProfile},
+    {{"QX2"}, InstallLoadCellProfile},
+    {{"QJS"}, InstallOutputTypeProfile},
     {{"QZ8"}, InstallPulseProfile},
     {{"QT8", "QU8"}, [](SimCard &c) { InstallDiscreteProfile(c, 8); }},
     {{"QTC", "XB1", "XC8"}, InstallInOutProfile},

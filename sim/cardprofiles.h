@@ -14,8 +14,6 @@ void InstallVoltageProfile(SimCard &card, int channels);
 
 // The multi-power card's eight live values (group 01 items 10..17).
 void InstallMultiPowerProfile(SimCard &card);
-// The calorie card's four live values (group 00 items 10..13), now and then "TMOUT".
-void InstallCalorieProfile(SimCard &card);
 // The pulse card's four counters (group 00 items 10..13).
 void InstallPulseProfile(SimCard &card);
 

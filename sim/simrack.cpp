@@ -172,6 +172,8 @@ QString SimRack::answerData(const QString &data) {
         return "D" + data;
     }
     SimCard &card = selected();
+    if (card.onData)
+        if (const auto reply = card.onData(card, m_group, m_item, data)) return *reply;
     card.groups[m_group][m_item] = "D" + data;
     if (card.onWrite) card.onWrite(card, m_group, m_item, data);
     return "D" + data;

@@ -27,6 +27,11 @@ struct SimCard {
     std::function<void(SimCard &card, const QString &group, const QString &item,
                        const QString &data)>
         onWrite;
+    // Asked first for every data line: a card whose data lines can be requests (a read that
+    // names a channel) answers them here. Return nothing to store the data and echo it.
+    std::function<std::optional<QString>(SimCard &card, const QString &group, const QString &item,
+                                         const QString &data)>
+        onData;
 
     bool present() const { return !model.isEmpty(); }
     void setItem(const QString &group, const QString &item, const QString &reply) {
