@@ -22,6 +22,6 @@ void InstallCurrentProfile(SimCard &card) {
                            qint64 ms) -> std::optional<QString> {
         const int ch = liveChannel(itemText, channels);
         if (group != QLatin1String("00") || ch == 0) return std::nullopt;
-        return QStringLiteral("D%1:%2").arg(ch).arg(drifting(ch, ms, 2.5, 2.0, 3));
+        return QStringLiteral("D%1:%2").arg(ch).arg(drifting(ch, ms, 2500.0, 2000.0, 0));
     };
 }

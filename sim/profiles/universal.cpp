@@ -48,8 +48,10 @@ bool oneOf(const QString &value, std::initializer_list<const char *> allowed) {
 // Whether the card takes `value` for a card-wide item.
 bool cardValueValid(const SimCard &card, const QString &item, const QString &value) {
     const bool a = isBuildA(card);
-    if (item == QLatin1String("87")) return a ? oneOf(value, {"0", "1"}) : oneOf(value, {"0", "1", "2"});
-    if (item == QLatin1String("13")) return a ? value == QLatin1String("3") : oneOf(value, {"2", "3"});
+    if (item == QLatin1String("87"))
+        return a ? oneOf(value, {"0", "1"}) : oneOf(value, {"0", "1", "2"});
+    if (item == QLatin1String("13"))
+        return a ? value == QLatin1String("3") : oneOf(value, {"2", "3"});
     if (item == QLatin1String("57")) return oneOf(value, {"0", "1"});
     return false; // 90 and 92 only tell
 }

@@ -107,9 +107,12 @@ CardView *MakeFrmQX2() {
         atCell(fullScale(), cell(2)),
         atCell(zeroAdjust(), cell(3)),
         atCell(fullAdjust(), cell(4)),
-        channelParam("txtTare", "", "Tare ratio", "01", [](int ch) { return ch + 7; }, cell(5)),
-        channelParam("txtLoad", "", "Load ratio", "01", [](int ch) { return ch + 5; }, cell(6)),
-        channelParam("txtThresh", "", "Th.Adjust", "01", [](int ch) { return ch + 3; }, cell(7)),
+        channelParam(
+            "txtTare", "", "Tare ratio", "01", [](int ch) { return ch + 7; }, cell(5)),
+        channelParam(
+            "txtLoad", "", "Load ratio", "01", [](int ch) { return ch + 5; }, cell(6)),
+        channelParam(
+            "txtThresh", "", "Th.Adjust", "01", [](int ch) { return ch + 3; }, cell(7)),
         unusedFlag(),
     });
     plan.progress = {[](int ch) { return ch * 4; }, [](int ch) { return 8 + ch * 2; }};

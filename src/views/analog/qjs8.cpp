@@ -4,6 +4,8 @@
 #include "rack/textroutines.h"
 #include "views/analog/analogparams.h"
 
+#include <QGridLayout>
+#include <QLabel>
 #include <QLineEdit>
 
 using namespace AnalogParams;
@@ -33,14 +35,28 @@ FrmQJS8::FrmQJS8(QWidget *parent)
               plan.params = {jointCaption(atCell(zeroScale(), cell(1)), "Zero/Full"),
                              jointCaption(atCell(fullScale(), cell(2)), ""),
                              jointCaption(atCell(zeroAdjust(), cell(3)), "Zero/Full"),
-                             jointCaption(atCell(fullAdjust(), cell(4)), ""),
-                             unusedFlag()};
+                             jointCaption(atCell(fullAdjust(), cell(4)), ""), unusedFlag()};
               plan.acceptance = Acceptance::Syntax;
               plan.extraColumns = {{"outPutType", "", "", 9, true, false}};
               plan.progress = {[](int ch) { return ch; }, [](int ch) { return ch / 2 + 8; }};
               return plan;
           }(),
           parent) {}
+
+// "Zero/Full" stands under both columns of its group.
+void FrmQJS8::buildBody(QVBoxLayout *layout) {
+    CardView::buildBody(layout);
+    for (QLabel *label : findChildren<QLabel *>()) {
+        auto *grid = label->parentWidget()
+                         ? qobject_cast<QGridLayout *>(label->parentWidget()->layout())
+                         : nullptr;
+        if (label->text() != QLatin1String("Zero/Full") || !grid) continue;
+        int row = 0, col = 0, rows = 0, cols = 0;
+        grid->getItemPosition(grid->indexOf(label), &row, &col, &rows, &cols);
+        grid->removeWidget(label);
+        grid->addWidget(label, row, col, 1, 2);
+    }
+}
 
 QLineEdit *FrmQJS8::outPutType(int ch) const {
     return field("outPutType", ch);

@@ -16,6 +16,7 @@ public:
     static inline const QString kCurrentOutput = QStringLiteral("4-20mA");
 
 protected:
+    void buildBody(QVBoxLayout *layout) override;
     void ViewRefresh() override;
     void UploadTail() override;
     void ViewDownload() override;

@@ -119,8 +119,8 @@ void fill(QComboBox *list, const QStringList &texts) {
 // "1" is an unused channel, red; "0" a used one, green.
 void colourChEnable(QComboBox *list) {
     QPalette palette = list->palette();
-    const QColor colour = list->currentText() == QLatin1String("1") ? kFlagOnColour
-                                                                       : kFlagOffColour;
+    const QColor colour =
+        list->currentText() == QLatin1String("1") ? kFlagOnColour : kFlagOffColour;
     palette.setColor(QPalette::Button, colour);
     palette.setColor(QPalette::Base, colour);
     palette.setColor(QPalette::ButtonText, Qt::white);
@@ -238,8 +238,8 @@ void FrmXE4::buildBody(QVBoxLayout *layout) {
     rowCaption(4, "CJC SW", "");
     for (int f = 0; f < kNumberFields; ++f) {
         const NumberField &number = kNumbers[f];
-        const bool firstOfGroup = f == 0 || qstrcmp(kNumbers[f - 1].groupCaption,
-                                                    number.groupCaption) != 0;
+        const bool firstOfGroup =
+            f == 0 || qstrcmp(kNumbers[f - 1].groupCaption, number.groupCaption) != 0;
         rowCaption(5 + f, firstOfGroup ? number.groupCaption : "", number.caption);
     }
     const int valueRow = 5 + kNumberFields;
@@ -264,9 +264,9 @@ void FrmXE4::buildBody(QVBoxLayout *layout) {
             InstallKeyFilter(field, KeyUniversal);
             connect(field, &QLineEdit::textChanged, this, [this, f, ch] { NumberChanged(f, ch); });
         }
-        grid->addWidget(ViewBuilders::valueField(
-                            box, ViewBuilders::arrayName(m_spec.valueControl, ch), 10),
-                        valueRow, col, Qt::AlignLeft);
+        grid->addWidget(
+            ViewBuilders::valueField(box, ViewBuilders::arrayName(m_spec.valueControl, ch), 10),
+            valueRow, col, Qt::AlignLeft);
         connect(List_ChEnable[ch], &QComboBox::currentIndexChanged, this,
                 [this, ch] { List_ChEnable_Click(ch); });
         connect(List_InputType[ch], &QComboBox::activated, this,
@@ -299,8 +299,7 @@ void FrmXE4::XE4_Init(const QString &model) {
     BuildLists();
     SetScaleMinMax(model);
     for (int ch = 1; ch <= kChannels; ++ch)
-        valueBox(ch)->setText(
-            ValueAfterColon(ReadData(kRetries, "00", QString::number(9 + ch))));
+        valueBox(ch)->setText(ValueAfterColon(ReadData(kRetries, "00", QString::number(9 + ch))));
 }
 
 // The input types and units follow the build, so they are filled anew on every entry; the

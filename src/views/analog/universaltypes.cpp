@@ -73,7 +73,8 @@ template <size_t N>
 QString codeOf(const Row (&table)[N], const QString &text, bool buildA, int hexDigits) {
     for (const Row *row : rowsOf(table, buildA))
         if (text == QLatin1String(row->text))
-            return hexDigits ? QStringLiteral("%1").arg(row->code, hexDigits, 16, QLatin1Char('0'))
+            return hexDigits ? QStringLiteral("%1")
+                                   .arg(row->code, hexDigits, 16, QLatin1Char('0'))
                                    .toUpper()
                              : QString::number(row->code);
     return kNoCode;
