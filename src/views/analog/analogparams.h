@@ -51,4 +51,17 @@ inline ParamSpec fullBase(ChannelNumber item, ChannelNumber cell) {
     return channelParam("txtFBase", "Base", "Full", "02", std::move(item), std::move(cell));
 }
 
+// A view that checks no range and filters no key: a field that is not empty goes to the card as
+// typed, an empty one (a flag too, as plain text) is refilled from its cell.
+inline ViewSpec asTypedSpec(const QString &form, const QString &tag, int channels) {
+    ViewSpec plan;
+    plan.formName = form;
+    plan.tag = tag;
+    plan.channels = channels;
+    plan.acceptance = Acceptance::NotEmpty;
+    plan.keyFilters = false;
+    plan.flagRefillPlain = true;
+    return plan;
+}
+
 } // namespace AnalogParams

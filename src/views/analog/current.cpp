@@ -13,17 +13,6 @@ namespace {
 constexpr int kQL4Channels = 4;
 constexpr int kQL8Channels = 8;
 
-ViewSpec currentSpec(const QString &form, const QString &tag, int channels) {
-    ViewSpec plan;
-    plan.formName = form;
-    plan.tag = tag;
-    plan.channels = channels;
-    plan.acceptance = Acceptance::NotEmpty;
-    plan.keyFilters = false;
-    plan.flagRefillPlain = true;
-    return plan;
-}
-
 // Base items of the QL4A and QL4B cards and of the QL8, above the adjusts' numbers.
 int highZeroBase(int ch) {
     return 2 * ch + 24;
@@ -43,7 +32,7 @@ int baseFullCell(int ch) {
 FrmQL4::FrmQL4(QWidget *parent)
     : CardView(
           [] {
-              ViewSpec plan = currentSpec("frmQL4", "QL4", kQL4Channels);
+              ViewSpec plan = asTypedSpec("frmQL4", "QL4", kQL4Channels);
               plan.params = {zeroScale(),
                              fullScale(),
                              zeroAdjust(),
@@ -116,7 +105,7 @@ void FrmQL4::ViewDownload() {
 }
 
 CardView *MakeFrmQL8() {
-    ViewSpec plan = currentSpec("frmQL8", "QL8", kQL8Channels);
+    ViewSpec plan = asTypedSpec("frmQL8", "QL8", kQL8Channels);
     const ParamSpec zs = atCell(zeroScale(), [](int ch) { return (ch - 1) * 2 + 1; });
     const ParamSpec fs = atCell(fullScale(), [](int ch) { return (ch - 1) * 2 + 2; });
     const ParamSpec za = atCell(zeroAdjust(), [](int ch) { return (ch - 1) * 2 + 33; });

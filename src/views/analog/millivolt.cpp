@@ -12,17 +12,6 @@ using namespace StandardParams;
 
 namespace {
 
-ViewSpec plainSpec(const QString &form, const QString &tag, int channels) {
-    ViewSpec plan;
-    plan.formName = form;
-    plan.tag = tag;
-    plan.channels = channels;
-    plan.acceptance = Acceptance::NotEmpty;
-    plan.keyFilters = false;
-    plan.flagRefillPlain = true;
-    return plan;
-}
-
 QList<ParamSpec> noneSelectOnFocus(QList<ParamSpec> params) {
     for (ParamSpec &param : params)
         param = noSelectOnFocus(param);
@@ -34,7 +23,7 @@ constexpr int kFirstPercentItem = 60;
 
 ViewSpec millivoltSpec(const QString &form, const QString &tag, int channels, int firstBaseCell,
                        const QString &percentCaption) {
-    ViewSpec plan = plainSpec(form, tag, channels);
+    ViewSpec plan = asTypedSpec(form, tag, channels);
     const QList<ParamSpec> params = noneSelectOnFocus({
         atCell(zeroScale(), [](int ch) { return (ch - 1) * 2 + 1; }),
         atCell(fullScale(), [](int ch) { return (ch - 1) * 2 + 2; }),
@@ -100,7 +89,7 @@ CardView *MakeFrmQS8() {
 }
 
 CardView *MakeFrmQX2() {
-    ViewSpec plan = plainSpec("frmQX2", "QX2", 2);
+    ViewSpec plan = asTypedSpec("frmQX2", "QX2", 2);
     const auto cell = [](int k) { return [k](int ch) { return (ch - 1) * 7 + k; }; };
     plan.params = noneSelectOnFocus({
         atCell(zeroScale(), cell(1)),

@@ -406,26 +406,15 @@ void FrmXE4::ViewUpload() {
         List_ChEnable[ch]->setCurrentIndex(isZero(ReadItem("50", prefix(ch))) ? 1 : 0);
         const QString burnOut = BurnOutText(ReadItem("20", prefix(ch)));
         List_BurnOut[ch]->setCurrentIndex(List_BurnOut[ch]->findText(burnOut));
-        const bool cjc = isOne(ReadItem("25", prefix(ch)));
-        ChkCJC[ch]->setChecked(cjc);
-        rec.Param(cellIndex(ch, kCjcCell)) = cjc ? QStringLiteral("1") : QStringLiteral("0");
-        rec.Param(cellIndex(ch, kInputTypeCell)) = List_InputType[ch]->currentText();
-        rec.ChParam(ch) = List_ChEnable[ch]->currentText();
-        rec.Param(cellIndex(ch, kBurnOutCell)) = List_BurnOut[ch]->currentText();
+        ChkCJC[ch]->setChecked(isOne(ReadItem("25", prefix(ch))));
+        ListsToRecord(ch);
         SetProgress(ch);
     }
-    for (int run = 0; run < 2; ++run) {
-        const int first = run == 0 ? 0 : kFirstBase;
-        const int last = run == 0 ? kFirstBase : kNumberFields;
-        for (int ch = 1; ch <= kChannels; ++ch) {
-            for (int f = first; f < last; ++f) {
-                QLineEdit *box = field(kNumbers[f].control, ch);
-                box->setText(ReadItem(kNumbers[f].item, prefix(ch)));
-                rec.Param(cellIndex(ch, kNumbers[f].cell)) = box->text();
-            }
-            SetProgress(ch + 4 * (run + 1));
-        }
-    }
+    NumberRuns([this](int f, int ch) {
+        QLineEdit *box = field(kNumbers[f].control, ch);
+        box->setText(ReadItem(kNumbers[f].item, prefix(ch)));
+        return box->text();
+    });
     for (int ch = 1; ch <= kChannels; ++ch)
         ApplyVisibility(ch, true);
     CloseProgress();
@@ -467,27 +456,40 @@ void FrmXE4::ViewDownload() {
         if (unused == QLatin1String("1")) WriteItem("50", prefix(ch) + "0");
         const QString burnOut = BurnOutCode(List_BurnOut[ch]->currentText());
         if (burnOut != kNoCode) WriteItem("20", prefix(ch) + burnOut);
-        const bool cjc = ChkCJC[ch]->isChecked();
-        WriteItem("25", prefix(ch) + (cjc ? "1" : "0"));
-        rec.Param(cellIndex(ch, kInputTypeCell)) = List_InputType[ch]->currentText();
-        rec.ChParam(ch) = unused;
-        rec.Param(cellIndex(ch, kBurnOutCell)) = List_BurnOut[ch]->currentText();
-        rec.Param(cellIndex(ch, kCjcCell)) = cjc ? QStringLiteral("1") : QStringLiteral("0");
+        WriteItem("25", prefix(ch) + (ChkCJC[ch]->isChecked() ? "1" : "0"));
+        ListsToRecord(ch);
         SetProgress(ch);
     }
+    // Every field goes, an empty one too: the fields hold accepted text only.
+    NumberRuns([this](int f, int ch) {
+        const QString text = field(kNumbers[f].control, ch)->text();
+        WriteItem(kNumbers[f].item, prefix(ch) + text);
+        return text;
+    });
+    CloseProgress();
+}
+
+void FrmXE4::ListsToRecord(int ch) {
+    CardRecord &rec = record();
+    rec.Param(cellIndex(ch, kInputTypeCell)) = List_InputType[ch]->currentText();
+    rec.ChParam(ch) = List_ChEnable[ch]->currentText();
+    rec.Param(cellIndex(ch, kBurnOutCell)) = List_BurnOut[ch]->currentText();
+    rec.Param(cellIndex(ch, kCjcCell)) =
+        ChkCJC[ch]->isChecked() ? QStringLiteral("1") : QStringLiteral("0");
+}
+
+// Scales and adjusts of all channels, then the bases; `move` exchanges one field and gives the
+// text its cell takes.
+void FrmXE4::NumberRuns(const std::function<QString(int field, int ch)> &move) {
     for (int run = 0; run < 2; ++run) {
         const int first = run == 0 ? 0 : kFirstBase;
         const int last = run == 0 ? kFirstBase : kNumberFields;
         for (int ch = 1; ch <= kChannels; ++ch) {
-            for (int f = first; f < last; ++f) {
-                const QString text = field(kNumbers[f].control, ch)->text();
-                WriteItem(kNumbers[f].item, prefix(ch) + text);
-                rec.Param(cellIndex(ch, kNumbers[f].cell)) = text;
-            }
+            for (int f = first; f < last; ++f)
+                record().Param(cellIndex(ch, kNumbers[f].cell)) = move(f, ch);
             SetProgress(ch + 4 * (run + 1));
         }
     }
-    CloseProgress();
 }
 
 void FrmXE4::EndRoundLost() {

@@ -3,6 +3,7 @@
 #include "views/common/cardview.h"
 
 #include <array>
+#include <functional>
 
 class QCheckBox;
 class QComboBox;
@@ -56,6 +57,9 @@ private:
     // "B(RH)" stays hidden on the standard build.
     void ApplyVisibility(int ch, bool afterUpload);
     void NumberChanged(int field, int ch);
+    // The texts of the channel's lists and its CJC switch to their cells.
+    void ListsToRecord(int ch);
+    void NumberRuns(const std::function<QString(int field, int ch)> &move);
     void EndRoundLost();
     QWidget *m_adcSpeedBox = nullptr;
     // The text each number field last accepted, by field and channel.

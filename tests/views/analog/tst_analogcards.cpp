@@ -70,6 +70,11 @@ private slots:
         QCOMPARE(rack.sent().join(' ').count("G01 I01 D1"), openings);
         QCOMPARE(CardTable(4).Param(18), none ? QString() : QString("5000"));
         QCOMPARE(rack.box("txtFBase", 1)->text(), CardTable(4).Param(18));
+
+        // QL8 reads its version before the cycle starts; the others poll first.
+        rack.sim.rack.clearTranscript();
+        rack.window->cboCardNo_Click();
+        QCOMPARE(rack.sent().at(7), openings == 2 ? QString("I40") : QString("I10"));
     }
 
     // Fields that are not empty go as typed; empty ones come back from the record, flags as
