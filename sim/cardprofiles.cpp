@@ -4,7 +4,11 @@
 #include "profiles/power.h"
 #include "profiles/pulse.h"
 #include "profiles/multipower.h"
+#include "profiles/current.h"
+#include "profiles/millivolt.h"
+#include "profiles/qjs8.h"
 #include "profiles/support.h"
+#include "profiles/universal.h"
 
 #include <memory>
 
@@ -25,19 +29,6 @@ void InstallVoltageProfile(SimCard &card, int channels) {
         const int ch = item.toInt() - 9;
         if (group != QLatin1String("00") || ch < 1 || ch > channels) return std::nullopt;
         return QStringLiteral("D%1:%2").arg(ch).arg(drifting(ch, ms, 50.0, 45.0));
-    };
-}
-
-void InstallCalorieProfile(SimCard &card) {
-    card.setItem("01", "01", "D1");
-    // Now and then a channel is still measuring and says so; the next read has the value.
-    auto reads = std::make_shared<int>(0);
-    card.live = [reads](const QString &group, const QString &item,
-                        qint64 ms) -> std::optional<QString> {
-        const int ch = item.toInt() - 9;
-        if (group != QLatin1String("00") || ch < 1 || ch > 4) return std::nullopt;
-        if (++*reads % 7 == 0) return QStringLiteral("D%1:TMOUT").arg(ch);
-        return QStringLiteral("D%1:%2").arg(ch).arg(drifting(ch, ms, 1200.0, 300.0));
     };
 }
 
@@ -162,6 +153,12 @@ const ProfileRow kProfiles[] = {
     {{"QZ4A", "QZ4B"}, InstallCounter32Profile},
     {{"QZ4"}, InstallPulseInputProfile},
     {{"QZ8"}, [](SimCard &c) { InstallCounterProfile(c, 8); }},
+    {{"XE4"}, InstallUniversalProfile},
+    {{"QL4", "QM4", "QN4", "QL8"}, InstallCurrentProfile},
+    {{"QS4", "QS8"}, InstallMillivoltProfile},
+    {{"QX2"}, InstallLoadCellProfile},
+    {{"QJS"}, InstallOutputTypeProfile},
+    {{"QZ8"}, InstallPulseProfile},
     {{"QT8", "QU8"}, [](SimCard &c) { InstallDiscreteProfile(c, 8); }},
     {{"QTC", "XB1", "XC8"}, InstallInOutProfile},
     {{"QT1", "QU1"}, [](SimCard &c) { InstallDiscreteProfile(c, 16); }},

@@ -12,8 +12,6 @@ bool InstallProfile(SimCard &card);
 // The plain signal cards: 4, 8 or 16 channels of scales, adjusts and "Unused" flags.
 void InstallVoltageProfile(SimCard &card, int channels);
 
-// The calorie card's four live values (group 00 items 10..13), now and then "TMOUT".
-void InstallCalorieProfile(SimCard &card);
 
 // Discrete cards: 8, 16, 32 or 64 channel states (group 00 up to 16 channels, else group 01),
 // and the overview's words.

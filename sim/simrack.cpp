@@ -175,6 +175,8 @@ QString SimRack::answerData(const QString &data) {
     if (card.accepts && !card.accepts(m_group, m_item, data)) return QStringLiteral("CNG");
     if (card.writeReply)
         if (const auto reply = card.writeReply(card, m_group, m_item, data)) return *reply;
+    if (card.onData)
+        if (const auto reply = card.onData(card, m_group, m_item, data)) return *reply;
     card.groups[m_group][m_item] = "D" + data;
     if (card.onWrite) card.onWrite(card, m_group, m_item, data);
     return "D" + data;

@@ -30,6 +30,11 @@ struct SimCard {
     std::function<void(SimCard &card, const QString &group, const QString &item,
                        const QString &data)>
         onWrite;
+    // Asked first for every data line: a card whose data lines can be requests (a read that
+    // names a channel) answers them here. Return nothing to store the data and echo it.
+    std::function<std::optional<QString>(SimCard &card, const QString &group, const QString &item,
+                                         const QString &data)>
+        onData;
 
     // Asked first for every write, for items whose reply is not the echo of the data (a write
     // that asks the card for a value): a text is the reply, and the write is neither stored nor

@@ -6,6 +6,10 @@
 #include "comm/frmzkfd.h"
 #include "rack/overview.h"
 #include "ui/viewregistry.h"
+#include "views/analog/current.h"
+#include "views/analog/millivolt.h"
+#include "views/analog/qjs8.h"
+#include "views/analog/universal.h"
 #include "views/analog/voltage.h"
 #include "views/common/frmnone.h"
 #include "views/discrete/discrete.h"
@@ -25,6 +29,13 @@ void RegisterAllViews() {
     RegisterView("frmQF4", [] { return MakeFrmQF4(); });
     RegisterView("frmQF8", [] { return MakeFrmQF8(); });
     RegisterView("frmQF16", [] { return new FrmQF16; });
+    RegisterView("frmXE4", [] { return new FrmXE4; });
+    RegisterView("frmQL4", [] { return new FrmQL4; });
+    RegisterView("frmQL8", [] { return MakeFrmQL8(); });
+    RegisterView("frmQS4", [] { return MakeFrmQS4(); });
+    RegisterView("frmQS8", [] { return MakeFrmQS8(); });
+    RegisterView("frmQX2", [] { return MakeFrmQX2(); });
+    RegisterView("frmQJS8", [] { return new FrmQJS8; });
     for (const DiscreteSpec &plan : DiscreteSpecs())
         RegisterView(plan.formName, [form = plan.formName] { return MakeDiscreteView(form); });
     RegisterView("frmQV32", [] { return new FrmQV32; });

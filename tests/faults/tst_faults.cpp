@@ -50,9 +50,9 @@ void addFaultRows() {
 }
 
 // The demo rack in its slots, as a scan finds it.
-const QStringList kDemoNames = {"QF4",   "QT8",  "XDU42B01", "QT64", "QZ8",  "XE4",
-                                "QTC16", "QF8",  "NONE",     "QF16", "NONE", "XD4-AC10",
-                                "QY2",   "QZ2",  "NONE",     "NONE"};
+const QStringList kDemoNames = {"QF4",   "QT8", "XDU42B01", "QT64", "QZ8",  "XE4",
+                                "QTC16", "QF8", "QL4",      "QS4",  "QJS8", "XD4-AC10",
+                                "QY2",   "QZ2", "NONE",     "NONE"};
 
 // Watches the line while an operation runs: the commands sent, the steps that timed out, and
 // the moment the fault goes live.

@@ -1,5 +1,6 @@
 #include "support/testsupport.h"
 
+#include "cardprofiles.h"
 #include "demorack.h"
 #include "rackfile.h"
 
@@ -69,6 +70,7 @@ private slots:
         SimRack demo;
         LoadDemoRack(demo);
         demo.slot(9).model = "QX2";
+        InstallProfile(demo.slot(9)); // as a rack file's model installs it
         demo.slot(9).setItem("03", "05", " D  odd # \"text\"\t");
         demo.slot(9).setItem("03", "06", "D\\path");
         demo.refreshDirectory();

@@ -136,6 +136,7 @@ void CardView::buildBody(QVBoxLayout *layout) {
                         param.kind == FieldKind::Flag ? 2 : 7, false, false});
     ViewBuilders::GridColumn values{m_spec.valueControl, "Value", "", 9, true, !m_spec.valueArray};
     columns.append(values);
+    columns.append(m_spec.extraColumns);
     auto *box = new QWidget(this);
     QGridLayout *grid = ViewBuilders::channelGrid(box, columns, m_spec.channels);
     grid->setColumnStretch(columns.size() + 1, 1);
@@ -146,7 +147,7 @@ void CardView::buildBody(QVBoxLayout *layout) {
     for (const ParamSpec &param : m_spec.params) {
         for (int ch = 1; ch <= m_spec.channels; ++ch) {
             QLineEdit *box = field(param.control, ch);
-            InstallSelectAllOnFocus(box);
+            if (param.selectOnFocus) InstallSelectAllOnFocus(box);
             if (!m_spec.keyFilters) continue;
             switch (param.kind) {
             case FieldKind::Int:
@@ -181,14 +182,17 @@ void CardView::build() {
 
 void CardView::OpenView(const QString &model) {
     build();
+    // No tick of an earlier visit may run in the middle of the opening's exchanges.
+    WaitForTimer->stop();
     fraSetModel->setTitle(model);
     txtCardType->setText(model);
     txtCardNo->setText(QString::number(CardNo));
     SelFormName = m_spec.tag;
     ShowView(this);
-    SetScaleMinMax(model);
+    if (!m_spec.versionBeforeCycle) SetScaleMinMax(model);
     AddressCard();
     txtVerNo->setText(ValueAfterColon(ReadData(m_spec.retries, "00", "40")));
+    if (m_spec.versionBeforeCycle) SetScaleMinMax(model);
 }
 
 void CardView::SetScaleMinMax(const QString &) {
@@ -247,6 +251,18 @@ void CardView::setPassProgress(int pass, int ch) const {
     if (pass < m_spec.progress.size()) SetProgress(m_spec.progress.at(pass)(ch));
 }
 
+QList<PassSpec> CardView::workerPasses() const {
+    if (!m_spec.passPlan.isEmpty()) return m_spec.passPlan;
+    QList<PassSpec> runs;
+    for (const QString &group : passes()) {
+        PassSpec run{group, {}, true, m_spec.progress.value(runs.size())};
+        for (const ParamSpec &param : m_spec.params)
+            if (param.group == group) run.params.append(param);
+        runs.append(run);
+    }
+    return runs;
+}
+
 void CardView::AddressCard() {
     WriteData(m_spec.retries, "00", "01", "F");
     WriteData(m_spec.retries, "00", "41", QString::number(CardNo));
@@ -281,19 +297,17 @@ void CardView::ViewUpload() {
     CopyHeaderToRecord();
     OpenProgress(12, "Uploading");
     AddressCard();
-    const QStringList groups = passes();
-    for (int pass = 0; pass < groups.size(); ++pass) {
-        const QString &group = groups.at(pass);
-        OpenGroup(group);
+    for (const PassSpec &pass : workerPasses()) {
+        if (pass.opensGroup) OpenGroup(pass.group);
         for (int ch = 1; ch <= m_spec.channels; ++ch) {
-            for (const ParamSpec &param : m_spec.params) {
-                if (param.group != group) continue;
-                ShowParam(param, ch, ReadValue(group, param.item(ch)));
+            for (const ParamSpec &param : pass.params) {
+                ShowParam(param, ch, ReadValue(pass.group, param.item(ch)));
                 cellOf(param, ch) = field(param.control, ch)->text();
             }
-            setPassProgress(pass, ch);
+            if (pass.progress) SetProgress(pass.progress(ch));
         }
     }
+    UploadTail();
     CloseProgress();
 }
 
@@ -342,25 +356,27 @@ void CardView::ViewDownload() {
     if (!ValidateDownload()) return;
     CopyHeaderToRecord();
     AddressCard();
-    const QStringList groups = passes();
-    for (int pass = 0; pass < groups.size(); ++pass) {
-        const QString &group = groups.at(pass);
-        OpenGroup(group);
-        if (pass == 0) OpenProgress(12, "Downloading");
+    bool progressOpen = false;
+    for (const PassSpec &pass : workerPasses()) {
+        if (pass.opensGroup) OpenGroup(pass.group);
+        if (!progressOpen) OpenProgress(12, "Downloading");
+        progressOpen = true;
         for (int ch = 1; ch <= m_spec.channels; ++ch) {
-            for (const ParamSpec &param : m_spec.params) {
-                if (param.group != group) continue;
+            for (const ParamSpec &param : pass.params) {
                 QLineEdit *box = field(param.control, ch);
                 if (!Acceptable(param, box->text())) {
-                    ShowParam(param, ch, cellOf(param, ch));
+                    if (param.kind == FieldKind::Flag && m_spec.flagRefillPlain)
+                        box->setText(cellOf(param, ch));
+                    else
+                        ShowParam(param, ch, cellOf(param, ch));
                     continue;
                 }
-                const QString reply = WriteValue(group, param.item(ch), box->text());
+                const QString reply = WriteValue(pass.group, param.item(ch), box->text());
                 // A flag shows what the card echoed; other fields keep what was typed.
                 if (param.kind == FieldKind::Flag) ShowFlag(box, ValueAfterColon(reply));
                 cellOf(param, ch) = box->text();
             }
-            setPassProgress(pass, ch);
+            if (pass.progress) SetProgress(pass.progress(ch));
         }
     }
     CloseProgress();

@@ -2,6 +2,7 @@
 
 #include "rack/cardtable.h"
 #include "rack/limits.h"
+#include "ui/viewbuilders.h"
 #include "ui/viewregistry.h"
 
 #include <QList>
@@ -42,6 +43,17 @@ struct ParamSpec {
     // Inclusive range tested before a Download, with the message for a failure.
     std::optional<Limit> limit;
     QString rangeMessage;
+    bool selectOnFocus = true; // the field selects its whole text when it gets the focus
+};
+
+// One run of a worker over all channels: the parameters it moves for each channel, in order, all
+// of one group.
+struct PassSpec {
+    QString group;
+    QList<ParamSpec> params;
+    // Writes the group's item 01 first; a later run in a group already open need not.
+    bool opensGroup = true;
+    std::function<int(int ch)> progress; // the bar after channel ch; none: it stays
 };
 
 // A card family's view, declared as data: the common class walks it.
@@ -68,6 +80,15 @@ struct ViewSpec {
     QString headerFrame = QStringLiteral("fraSetModel");
     // Views that only watch their card have neither Upload nor Download (cmdUp, cmdDown null).
     bool hasUpDown = true;
+    // The runs of Upload and Download. Empty: one run a group, in order of first appearance,
+    // each opening its group, with the progress steps above.
+    QList<PassSpec> passPlan;
+    // Read-only columns after the value column, which the family fills (a percentage, a type).
+    QList<ViewBuilders::GridColumn> extraColumns;
+    // An empty flag field is refilled from ChParam as plain text rather than through ShowFlag.
+    bool flagRefillPlain = false;
+    // Entering reads the version first and starts the cycle last.
+    bool versionBeforeCycle = false;
 };
 
 // The standard channel layout: four Param cells and one flag a channel.
@@ -134,6 +155,10 @@ protected:
     // Groups of the parameters, in order of first appearance: the passes of Upload and Download.
     QStringList passes() const;
     void setPassProgress(int pass, int ch) const;
+    // The runs of Upload and Download; a family whose runs depend on the model overrides it.
+    virtual QList<PassSpec> workerPasses() const;
+    // The end of an Upload, before the progress dialog closes: reads a family adds.
+    virtual void UploadTail() {}
 
     void AddressCard();
     void OpenGroup(const QString &group);
