@@ -1,5 +1,6 @@
 #include "cardprofiles.h"
 
+#include "profiles/field.h"
 #include "profiles/support.h"
 
 #include <memory>
@@ -179,6 +180,8 @@ const ProfileRow kProfiles[] = {
     {{"QT6", "QU6"}, [](SimCard &c) { InstallDiscreteProfile(c, 64); }},
     {{"QV3", "QW3"}, InstallBcdProfile},
     {{"XF2"}, InstallXF2Profile},
+    {{"XHK"}, InstallMotorActuatorProfile},
+    {{"XG4"}, InstallHartInputProfile},
 };
 
 } // namespace

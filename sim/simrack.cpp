@@ -172,6 +172,8 @@ QString SimRack::answerData(const QString &data) {
         return "D" + data;
     }
     SimCard &card = selected();
+    if (card.command)
+        if (const auto reply = card.command(card, m_group, m_item, data, now())) return *reply;
     card.groups[m_group][m_item] = "D" + data;
     if (card.onWrite) card.onWrite(card, m_group, m_item, data);
     return "D" + data;
