@@ -7,6 +7,8 @@
 //          STEP...
 //   STEP:  --slot N              pick slot N in the card selector (0: the overview)
 //          --click NAME          click the button or menu item of that objectName
+//          --press NAME          press the mouse on that button and keep it down
+//          --release NAME        let go of the mouse on that button
 //          --set NAME=TEXT       type TEXT into the field (or pick it in the list) NAME
 //          --wait MS             let the program run for MS milliseconds
 //          --shot FILE[:NAME]    save the window NAME (default: the main window) as FILE
@@ -29,6 +31,7 @@
 #include <QComboBox>
 #include <QDialog>
 #include <QLineEdit>
+#include <QMouseEvent>
 #include <QTimer>
 
 #include <cstdio>
@@ -50,6 +53,11 @@ void say(const QString &text) {
 }
 
 QObject *findNamed(const QString &name) {
+    // A modal dialog on show is where the person's next click goes; its names come first.
+    if (QWidget *modal = QApplication::activeModalWidget()) {
+        if (modal->objectName() == name) return modal;
+        if (auto *found = modal->findChild<QWidget *>(name)) return found;
+    }
     for (QWidget *top : QApplication::topLevelWidgets()) {
         if (top->objectName() == name) return top;
         if (auto *found = top->findChild<QWidget *>(name)) {
@@ -70,7 +78,12 @@ void finish(int code) {
     for (QWidget *top : QApplication::topLevelWidgets())
         if (auto *dialog = qobject_cast<QDialog *>(top); dialog && dialog->isVisible())
             dialog->reject();
-    QTimer::singleShot(0, qApp, [code] { QCoreApplication::exit(code); });
+    QTimer::singleShot(0, qApp, [code] {
+        // As the program ends: the line closes first, so an exchange under way gives up instead
+        // of waiting in an event loop that an ending application no longer runs.
+        if (SerialLine *line = Link::port()) line->close();
+        QCoreApplication::exit(code);
+    });
 }
 
 void runNext();
@@ -99,6 +112,18 @@ bool perform(const Step &step, int &delay) {
         }
         say("no button or menu item named " + step.arg);
         return true;
+    } else if (step.verb == "press" || step.verb == "release") {
+        auto *button = qobject_cast<QAbstractButton *>(findNamed(step.arg));
+        if (!button) {
+            say("no button named " + step.arg);
+            return true;
+        }
+        const QPointF centre = QRectF(button->rect()).center();
+        const bool press = step.verb == "press";
+        QMouseEvent event(press ? QEvent::MouseButtonPress : QEvent::MouseButtonRelease, centre,
+                          button->mapToGlobal(centre), Qt::LeftButton,
+                          press ? Qt::LeftButton : Qt::NoButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(button, &event);
     } else if (step.verb == "set") {
         const QString name = step.arg.section('=', 0, 0);
         const QString text = step.arg.section('=', 1);

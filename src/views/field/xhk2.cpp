@@ -331,6 +331,7 @@ void FrmXHK2::installChecks() {
 // --- Entering, refreshing ----------------------------------------------------------------------
 
 void FrmXHK2::SetScaleMinMax(const QString &model) {
+    m_slot = CardNo;
     ResetSettingState();
     settingGroup = QStringLiteral("03");
     testGroup = QStringLiteral("03");
@@ -562,7 +563,7 @@ bool FrmXHK2::OwesStop() const {
 void FrmXHK2::StopOnCard() {
     const QString &g = settingGroup;
     QList<std::array<QString, 3>> writes = {
-        {"00", "01", "F"}, {"00", "41", QString::number(CardNo)}, {g, "01", "1"}};
+        {"00", "01", "F"}, {"00", "41", QString::number(m_slot)}, {g, "01", "1"}};
     if (closeCoarseState != 0) writes.append({g, "10", "00"});
     if (openCoarseState != 0) writes.append({g, "11", "00"});
     if (!normalRun || settingKind != 0) writes.append({g, "09", "00"});

@@ -98,6 +98,9 @@ private:
     void StopOnCard();
     void ResetSettingState();
 
+    // The slot this view works on; CardNo moves on before the view is hidden.
+    int m_slot = 0;
+
     QString channelGroup(int ch) const { return QString::number(3 + ch); }
     int settingChannel() const { return settingGroup == QLatin1String("04") ? 1 : 0; }
 };
