@@ -196,7 +196,7 @@ FileVerdict ReadSettingsFile(const QString &path, QStringList &texts, QString &e
                       QStringLiteral("is missing: the file ends before the ten settings"));
     if (lines.size() > 1 + FrmXG_HART::kSettings)
         return broken(lines.at(1 + FrmXG_HART::kSettings).number,
-                      QStringLiteral("is more than one channel's settings hold"));
+                      QStringLiteral("goes on past the ten settings of one channel"));
     QStringList read;
     for (int setting = 0; setting < FrmXG_HART::kSettings; ++setting) {
         const TextFile::Line &line = lines.at(1 + setting);
