@@ -3,7 +3,6 @@
 #include "link/clock.h"
 #include "link/exchange.h"
 #include "rack/limits.h"
-#include "rack/registry.h"
 #include "rack/textroutines.h"
 #include "ui/frmloading.h"
 #include "ui/viewbuilders.h"
@@ -132,18 +131,18 @@ QWidget *FrmXG4::buildChannel(int ch) {
     return frame;
 }
 
-// The show routine: the cycle stays off until the card has been addressed and its version read.
+// The show routine: the cycle stays off until the card has been addressed and its version read;
+// the view's start comes last.
 void FrmXG4::OpenView(const QString &model) {
     WaitForTimer->stop();
-    build();
-    fraSetModel->setTitle(model);
-    txtCardType->setText(model);
-    txtCardNo->setText(QString::number(CardNo));
-    SelFormName = m_spec.tag;
-    ShowView(this);
-    AddressCard();
-    txtVerNo->setText(ValueAfterColon(ReadData(kRetries, "00", "40")));
+    m_opening = true;
+    CardView::OpenView(model);
+    m_opening = false;
     XG4_Init(model);
+}
+
+void FrmXG4::SetScaleMinMax(const QString &model) {
+    if (!m_opening) XG4_Init(model);
 }
 
 void FrmXG4::XG4_Init(const QString &model) {

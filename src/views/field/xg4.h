@@ -16,7 +16,7 @@ public:
     explicit FrmXG4(QWidget *parent = nullptr);
 
     void OpenView(const QString &model) override;
-    void SetScaleMinMax(const QString &model) override { XG4_Init(model); }
+    void SetScaleMinMax(const QString &model) override;
     void XG4_Init(const QString &model);
 
     static constexpr int kChannels = 4;
@@ -40,4 +40,6 @@ private:
     void ShowUnused(int ch, const QString &value);
     void ColourUnused(int ch);
     void OpenChannelGroup(int ch);
+
+    bool m_opening = false;
 };

@@ -235,24 +235,23 @@ QWidget *FrmXHK2::buildSettingPanel() {
     connect(channelGroup, &QButtonGroup::idClicked, this, &FrmXHK2::Channel_Click);
     connect(levelGroup, &QButtonGroup::idClicked, this, &FrmXHK2::optAdjLevel_Click);
     // The jog buttons act on press and release, not on a click.
-    connect(CloseCoaseAdjBut, &QPushButton::pressed, this, [this] {
-        closeCoarseState = 1;
-        closeCoarseReleased = false;
-    });
-    connect(CloseCoaseAdjBut, &QPushButton::released, this, [this] { closeCoarseReleased = true; });
-    connect(OpenCoaseAdjBut, &QPushButton::pressed, this, [this] {
-        openCoarseState = 1;
-        openCoarseReleased = false;
-    });
-    connect(OpenCoaseAdjBut, &QPushButton::released, this, [this] { openCoarseReleased = true; });
-    connect(CloseFineAdjBut, &QPushButton::pressed, this, [this] { closeFineState = 1; });
-    connect(CloseFineAdjBut, &QPushButton::released, this, [this] {
-        if (closeFineState == 1) closeFineState = 2;
-    });
-    connect(OpenFineAdjBut, &QPushButton::pressed, this, [this] { openFineState = 1; });
-    connect(OpenFineAdjBut, &QPushButton::released, this, [this] {
-        if (openFineState == 1) openFineState = 2;
-    });
+    auto coarse = [this](QPushButton *button, int &state, bool &released) {
+        connect(button, &QPushButton::pressed, this, [&state, &released] {
+            state = 1;
+            released = false;
+        });
+        connect(button, &QPushButton::released, this, [&released] { released = true; });
+    };
+    auto fine = [this](QPushButton *button, int &state) {
+        connect(button, &QPushButton::pressed, this, [&state] { state = 1; });
+        connect(button, &QPushButton::released, this, [&state] {
+            if (state == 1) state = 2;
+        });
+    };
+    coarse(CloseCoaseAdjBut, closeCoarseState, closeCoarseReleased);
+    coarse(OpenCoaseAdjBut, openCoarseState, openCoarseReleased);
+    fine(CloseFineAdjBut, closeFineState);
+    fine(OpenFineAdjBut, openFineState);
     return frame;
 }
 
@@ -479,16 +478,9 @@ void FrmXHK2::NormalTick() {
         testSetPending = false;
     }
     testModeCommand = 0;
-    if (CardSelFocus) return;
-    if (DownloadPending) {
-        DownloadPending = false;
-        ViewDownload();
-    } else if (UploadPending) {
-        UploadPending = false;
-        ViewUpload();
-    } else {
-        procCycDataRead();
-    }
+    // The rest is the common tick: nothing while the card selector is open, else a pending
+    // Download, a pending Upload or the cyclic read.
+    CardView::ViewTick();
 }
 
 void FrmXHK2::SettingTick() {
