@@ -191,6 +191,7 @@ void InstallMotorActuatorProfile(SimCard &card) {
         card.setItem(group, "51", "D0");
     }
     auto motors = std::make_shared<Motors>();
+    motors->actuators[1].raw = 3500.0; // the two stand apart, as two valves in a plant would
     card.live = [motors](const QString &group, const QString &item,
                          qint64 ms) -> std::optional<QString> {
         advance(*motors, ms);
