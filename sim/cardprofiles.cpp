@@ -7,6 +7,7 @@
 #include "profiles/current.h"
 #include "profiles/millivolt.h"
 #include "profiles/qjs8.h"
+#include "profiles/field.h"
 #include "profiles/support.h"
 #include "profiles/universal.h"
 
@@ -166,6 +167,8 @@ const ProfileRow kProfiles[] = {
     {{"QT6", "QU6"}, [](SimCard &c) { InstallDiscreteProfile(c, 64); }},
     {{"QV3", "QW3"}, InstallBcdProfile},
     {{"XF2"}, InstallXF2Profile},
+    {{"XHK"}, InstallMotorActuatorProfile},
+    {{"XG4"}, InstallHartInputProfile},
 };
 
 } // namespace

@@ -177,6 +177,8 @@ QString SimRack::answerData(const QString &data) {
         if (const auto reply = card.writeReply(card, m_group, m_item, data)) return *reply;
     if (card.onData)
         if (const auto reply = card.onData(card, m_group, m_item, data)) return *reply;
+    if (card.command)
+        if (const auto reply = card.command(card, m_group, m_item, data, now())) return *reply;
     card.groups[m_group][m_item] = "D" + data;
     if (card.onWrite) card.onWrite(card, m_group, m_item, data);
     return "D" + data;

@@ -42,6 +42,12 @@ struct SimCard {
     std::function<std::optional<QString>(SimCard &card, const QString &group, const QString &item,
                                          const QString &data)>
         writeReply;
+    // Asked before a write is stored, with the rack's time: a reply that takes the place of the
+    // stored echo, for data that is a command rather than a setting (a block request, a motor
+    // jog that starts at a moment). Nothing: the data is stored and echoed as usual.
+    std::function<std::optional<QString>(SimCard &card, const QString &group, const QString &item,
+                                         const QString &data, qint64 ms)>
+        command;
 
     bool present() const { return !model.isEmpty(); }
     void setItem(const QString &group, const QString &item, const QString &reply) {

@@ -7,6 +7,8 @@
 //          STEP...
 //   STEP:  --slot N              pick slot N in the card selector (0: the overview)
 //          --click NAME          click the button or menu item of that objectName
+//          --press NAME          press the mouse on that button and keep it down
+//          --release NAME        let go of the mouse on that button
 //          --set NAME=TEXT       type TEXT into the field (or pick it in the list) NAME
 //          --wait MS             let the program run for MS milliseconds
 //          --shot FILE[:NAME]    save the window NAME (default: the main window) as FILE
@@ -30,6 +32,7 @@
 #include <QComboBox>
 #include <QDialog>
 #include <QLineEdit>
+#include <QMouseEvent>
 #include <QTimer>
 
 #include <cstdio>
@@ -51,6 +54,11 @@ void say(const QString &text) {
 }
 
 QObject *findNamed(const QString &name) {
+    // A modal dialog on show is where the person's next click goes; its names come first.
+    if (QWidget *modal = QApplication::activeModalWidget()) {
+        if (modal->objectName() == name) return modal;
+        if (auto *found = modal->findChild<QWidget *>(name)) return found;
+    }
     for (QWidget *top : QApplication::topLevelWidgets()) {
         if (top->objectName() == name) return top;
         if (auto *found = top->findChild<QWidget *>(name)) {
@@ -103,6 +111,18 @@ bool perform(const Step &step, int &delay) {
         }
         say("no button or menu item named " + step.arg);
         return true;
+    } else if (step.verb == "press" || step.verb == "release") {
+        auto *button = qobject_cast<QAbstractButton *>(findNamed(step.arg));
+        if (!button) {
+            say("no button named " + step.arg);
+            return true;
+        }
+        const QPointF centre = QRectF(button->rect()).center();
+        const bool press = step.verb == "press";
+        QMouseEvent event(press ? QEvent::MouseButtonPress : QEvent::MouseButtonRelease, centre,
+                          button->mapToGlobal(centre), Qt::LeftButton,
+                          press ? Qt::LeftButton : Qt::NoButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(button, &event);
     } else if (step.verb == "set") {
         const QString name = step.arg.section('=', 0, 0);
         const QString text = step.arg.section('=', 1);

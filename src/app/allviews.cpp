@@ -20,6 +20,9 @@
 #include "views/power/pulse.h"
 #include "views/power/qz2.h"
 #include "views/power/xdu.h"
+#include "views/field/xg4.h"
+#include "views/field/xghart.h"
+#include "views/field/xhk2.h"
 
 // One line per form, kept in one place: registrations spread over a static library would be
 // dropped by the linker wherever nothing else refers to their file.
@@ -53,4 +56,7 @@ void RegisterAllViews() {
     RegisterView("frmZB", [] { return new FrmZB; });
     RegisterView("frmZKFD", [] { return new FrmZKFD; });
     RegisterView("frmXDU", [] { return new FrmXDU; });
+    RegisterView("frmXHK2", [] { return new FrmXHK2; });
+    RegisterView("frmXG4", [] { return new FrmXG4; });
+    RegisterView("frmXG_HART", [] { return new FrmXG_HART; });
 }

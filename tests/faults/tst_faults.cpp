@@ -52,7 +52,7 @@ void addFaultRows() {
 // The demo rack in its slots, as a scan finds it.
 const QStringList kDemoNames = {"QF4",   "QT8", "XDU42B01", "QT64", "QZ8",  "XE4",
                                 "QTC16", "QF8", "QL4",      "QS4",  "QJS8", "XD4-AC10",
-                                "QY2",   "QZ2", "NONE",     "NONE"};
+                                "QY2",   "QZ2", "XHK2",     "XG4"};
 
 // Watches the line while an operation runs: the commands sent, the steps that timed out, and
 // the moment the fault goes live.

@@ -216,7 +216,7 @@ void CardView::cmdDown_Click() {
 void CardView::WaitForTimer_Timer() {
     WaitForTimer->stop();
     ViewTick();
-    if (CycleActive) WaitForTimer->start(Clock::ms(m_spec.tickMs));
+    if (KeepTicking()) WaitForTimer->start(Clock::ms(m_spec.tickMs));
 }
 
 void CardView::ViewTick() {

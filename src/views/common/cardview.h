@@ -145,6 +145,9 @@ protected:
     // The range check before a Download; shows its message and returns false on failure.
     virtual bool ValidateDownload();
     virtual bool Acceptable(const ParamSpec &param, const QString &text) const;
+    // Whether the timer is armed again after a tick; a view with a dialog of its own may hold
+    // its cycle while the dialog is up.
+    virtual bool KeepTicking() const { return CycleActive; }
 
     // Builds the body under the header; the default is one channel grid of all parameters
     // and the value boxes.
