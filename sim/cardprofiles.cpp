@@ -1,6 +1,8 @@
 #include "cardprofiles.h"
 
+#include "profiles/alarm.h"
 #include "profiles/support.h"
+#include "profiles/temperature.h"
 
 #include <memory>
 
@@ -169,6 +171,8 @@ const ProfileRow kProfiles[] = {
     {{"QF4", "QG4", "QH4", "QJ4", "QK4"}, [](SimCard &c) { InstallVoltageProfile(c, 4); }},
     {{"QF8", "QG8", "QH8", "QJ8", "QK8"}, [](SimCard &c) { InstallVoltageProfile(c, 8); }},
     {{"QF1", "QG1"}, [](SimCard &c) { InstallVoltageProfile(c, 16); }},
+    {{"QP4", "QR4", "QP8", "QR8", "QFR"}, InstallTemperatureProfile},
+    {{"QA4", "QB4", "QC4", "QD4", "QE4", "QA8", "QB8", "QC8", "QD8", "QE8"}, InstallAlarmProfile},
     {{"XDU"}, InstallMultiPowerProfile},
     {{"XE"}, InstallCalorieProfile},
     {{"QZ8"}, InstallPulseProfile},

@@ -174,5 +174,7 @@ QString SimRack::answerData(const QString &data) {
     SimCard &card = selected();
     card.groups[m_group][m_item] = "D" + data;
     if (card.onWrite) card.onWrite(card, m_group, m_item, data);
+    if (card.writeReply)
+        if (const auto reply = card.writeReply(card, m_group, m_item, data)) return *reply;
     return "D" + data;
 }

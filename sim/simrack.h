@@ -27,6 +27,11 @@ struct SimCard {
     std::function<void(SimCard &card, const QString &group, const QString &item,
                        const QString &data)>
         onWrite;
+    // The reply to a write where the card answers with something other than the echo (a value it
+    // measured on the write); asked after onWrite. Nothing: the echo.
+    std::function<std::optional<QString>(const SimCard &card, const QString &group,
+                                         const QString &item, const QString &data)>
+        writeReply;
 
     bool present() const { return !model.isEmpty(); }
     void setItem(const QString &group, const QString &item, const QString &reply) {

@@ -2,6 +2,8 @@
 
 #include "rack/overview.h"
 #include "ui/viewregistry.h"
+#include "views/analog/alarm.h"
+#include "views/analog/temperature.h"
 #include "views/analog/voltage.h"
 #include "views/common/frmnone.h"
 #include "views/discrete/discrete.h"
@@ -16,6 +18,11 @@ void RegisterAllViews() {
     RegisterView("frmQF4", [] { return MakeFrmQF4(); });
     RegisterView("frmQF8", [] { return MakeFrmQF8(); });
     RegisterView("frmQF16", [] { return new FrmQF16; });
+    for (const TemperatureSpec &row : TemperatureSpecs())
+        RegisterView(row.formName, [form = row.formName] { return MakeTemperatureView(form); });
+    RegisterView("frmQP8Azero", [] { return new FrmQP8Azero; });
+    for (const AlarmSpec &row : AlarmSpecs())
+        RegisterView(row.formName, [form = row.formName] { return MakeAlarmView(form); });
     for (const DiscreteSpec &plan : DiscreteSpecs())
         RegisterView(plan.formName, [form = plan.formName] { return MakeDiscreteView(form); });
     RegisterView("frmQV32", [] { return new FrmQV32; });

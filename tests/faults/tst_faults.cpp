@@ -50,7 +50,7 @@ void addFaultRows() {
 }
 
 // The demo rack in its slots, as a scan finds it.
-const QStringList kDemoNames = {"QF4",   "QT8",  "XDU4AC01", "QT64", "QZ8",  "XE4",
+const QStringList kDemoNames = {"QP8A",  "QT8",  "XDU4AC01", "QA4",  "QZ8",  "XE4",
                                 "QTC16", "QF8",  "NONE",     "QF16", "NONE", "NONE",
                                 "NONE",  "NONE", "NONE",     "NONE"};
 

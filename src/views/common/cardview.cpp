@@ -132,22 +132,34 @@ CardView::CardView(ViewSpec plan, QWidget *parent) : QWidget(parent), m_spec(std
 void CardView::buildBody(QVBoxLayout *layout) {
     QList<ViewBuilders::GridColumn> columns;
     for (const ParamSpec &param : m_spec.params)
-        columns.append({param.control, param.caption, param.groupCaption,
-                        param.kind == FieldKind::Flag ? 2 : 7, false, false});
-    ViewBuilders::GridColumn values{m_spec.valueControl, "Value", "", 9, true, !m_spec.valueArray};
+        if (!param.perCard)
+            columns.append({param.control, param.caption, param.groupCaption,
+                            param.kind == FieldKind::Flag ? 2 : 7, false, false, param.channels});
+    ViewBuilders::GridColumn values{m_spec.valueControl,      "Value", m_spec.valueGroupCaption, 9,
+                                    true, !m_spec.valueArray};
     columns.append(values);
+    columns.append(m_spec.shownColumns);
     auto *box = new QWidget(this);
     QGridLayout *grid = ViewBuilders::channelGrid(box, columns, m_spec.channels);
     grid->setColumnStretch(columns.size() + 1, 1);
     box->setLayout(grid);
     layout->addWidget(box);
     layout->addStretch();
+    InstallFieldBehaviour();
+}
 
+void CardView::InstallFieldBehaviour() {
     for (const ParamSpec &param : m_spec.params) {
         for (int ch = 1; ch <= m_spec.channels; ++ch) {
-            QLineEdit *box = field(param.control, ch);
-            InstallSelectAllOnFocus(box);
+            if (!hasChannel(param, ch)) continue;
+            QLineEdit *box = paramField(param, ch);
+            if (!box) continue; // a per-card field the view has not placed
+            if (m_spec.selectAll) InstallSelectAllOnFocus(box);
             if (!m_spec.keyFilters) continue;
+            if (param.keyFilter) {
+                if (*param.keyFilter) InstallKeyFilter(box, *param.keyFilter);
+                continue;
+            }
             switch (param.kind) {
             case FieldKind::Int:
                 InstallKeyFilter(box, KeyInt);
@@ -165,6 +177,15 @@ void CardView::buildBody(QVBoxLayout *layout) {
 
 QLineEdit *CardView::field(const QString &control, int ch) const {
     return findChild<QLineEdit *>(ViewBuilders::arrayName(control, ch));
+}
+
+QLineEdit *CardView::paramField(const ParamSpec &param, int ch) const {
+    return param.perCard ? findChild<QLineEdit *>(param.control) : field(param.control, ch);
+}
+
+bool CardView::hasChannel(const ParamSpec &param, int ch) {
+    if (param.perCard) return ch == 1;
+    return param.channels <= 0 || ch <= param.channels;
 }
 
 QLineEdit *CardView::valueBox(int ch) const {
@@ -236,10 +257,34 @@ QString &CardView::cellOf(const ParamSpec &param, int ch) const {
                                            : record().Param(param.cell(ch));
 }
 
+QList<CardView::Pass> CardView::walkPasses() const {
+    QList<Pass> walk;
+    for (const ParamSpec &param : m_spec.params) {
+        // A parameter joins the pass of its group, unless it asks for one of its own.
+        Pass *joined = nullptr;
+        bool groupSeen = false;
+        for (Pass &pass : walk) {
+            if (pass.group != param.group) continue;
+            groupSeen = true;
+            if (!param.ownPass) joined = &pass;
+        }
+        if (!joined) {
+            walk.append({param.group, {}, 0, !groupSeen});
+            joined = &walk.last();
+        }
+        joined->params.append(&param);
+        const int channels = param.perCard ? 1
+                             : param.channels > 0 ? qMin(param.channels, m_spec.channels)
+                                                  : m_spec.channels;
+        joined->channels = qMax(joined->channels, channels);
+    }
+    return walk;
+}
+
 QStringList CardView::passes() const {
     QStringList groups;
-    for (const ParamSpec &param : m_spec.params)
-        if (!groups.contains(param.group)) groups.append(param.group);
+    for (const Pass &pass : walkPasses())
+        groups.append(pass.group);
     return groups;
 }
 
@@ -270,7 +315,7 @@ void CardView::CopyHeaderToRecord() {
 }
 
 void CardView::ShowParam(const ParamSpec &param, int ch, const QString &text) {
-    QLineEdit *box = field(param.control, ch);
+    QLineEdit *box = paramField(param, ch);
     if (param.kind == FieldKind::Flag)
         ShowFlag(box, text);
     else
@@ -281,19 +326,20 @@ void CardView::ViewUpload() {
     CopyHeaderToRecord();
     OpenProgress(12, "Uploading");
     AddressCard();
-    const QStringList groups = passes();
-    for (int pass = 0; pass < groups.size(); ++pass) {
-        const QString &group = groups.at(pass);
-        OpenGroup(group);
-        for (int ch = 1; ch <= m_spec.channels; ++ch) {
-            for (const ParamSpec &param : m_spec.params) {
-                if (param.group != group) continue;
-                ShowParam(param, ch, ReadValue(group, param.item(ch)));
-                cellOf(param, ch) = field(param.control, ch)->text();
+    const QList<Pass> walk = walkPasses();
+    for (int pass = 0; pass < walk.size(); ++pass) {
+        const Pass &p = walk.at(pass);
+        if (p.opensGroup) OpenGroup(wireGroup(*p.params.first()));
+        for (int ch = 1; ch <= p.channels; ++ch) {
+            for (const ParamSpec *param : p.params) {
+                if (!hasChannel(*param, ch)) continue;
+                ShowParam(*param, ch, ReadValue(wireGroup(*param), param->item(ch)));
+                cellOf(*param, ch) = paramField(*param, ch)->text();
             }
             setPassProgress(pass, ch);
         }
     }
+    ViewUploadTail();
     CloseProgress();
 }
 
@@ -302,7 +348,8 @@ bool CardView::ValidateDownload() {
     for (int ch = 1; ch <= m_spec.channels; ++ch) {
         for (const ParamSpec &param : m_spec.params) {
             if (!param.limit) continue;
-            const QString text = field(param.control, ch)->text();
+            if (!hasChannel(param, ch)) continue;
+            const QString text = paramField(param, ch)->text();
             if (text.isEmpty()) continue;
             // A text that is no number (a lone "-", a "CNG" from an Upload) is not a range
             // failure: the acceptance test keeps it off the wire.
@@ -319,7 +366,7 @@ bool CardView::ValidateDownload() {
 }
 
 bool CardView::Acceptable(const ParamSpec &param, const QString &text) const {
-    switch (m_spec.acceptance) {
+    switch (param.acceptance.value_or(m_spec.acceptance)) {
     case Acceptance::Always:
         return true;
     case Acceptance::NotEmpty:
@@ -342,27 +389,28 @@ void CardView::ViewDownload() {
     if (!ValidateDownload()) return;
     CopyHeaderToRecord();
     AddressCard();
-    const QStringList groups = passes();
-    for (int pass = 0; pass < groups.size(); ++pass) {
-        const QString &group = groups.at(pass);
-        OpenGroup(group);
+    const QList<Pass> walk = walkPasses();
+    for (int pass = 0; pass < walk.size(); ++pass) {
+        const Pass &p = walk.at(pass);
+        if (p.opensGroup) OpenGroup(wireGroup(*p.params.first()));
         if (pass == 0) OpenProgress(12, "Downloading");
-        for (int ch = 1; ch <= m_spec.channels; ++ch) {
-            for (const ParamSpec &param : m_spec.params) {
-                if (param.group != group) continue;
-                QLineEdit *box = field(param.control, ch);
-                if (!Acceptable(param, box->text())) {
-                    ShowParam(param, ch, cellOf(param, ch));
+        for (int ch = 1; ch <= p.channels; ++ch) {
+            for (const ParamSpec *param : p.params) {
+                if (!hasChannel(*param, ch)) continue;
+                QLineEdit *box = paramField(*param, ch);
+                if (!Acceptable(*param, box->text())) {
+                    ShowParam(*param, ch, cellOf(*param, ch));
                     continue;
                 }
-                const QString reply = WriteValue(group, param.item(ch), box->text());
+                const QString reply = WriteValue(wireGroup(*param), param->item(ch), box->text());
                 // A flag shows what the card echoed; other fields keep what was typed.
-                if (param.kind == FieldKind::Flag) ShowFlag(box, ValueAfterColon(reply));
-                cellOf(param, ch) = box->text();
+                if (param->kind == FieldKind::Flag) ShowFlag(box, ValueAfterColon(reply));
+                cellOf(*param, ch) = box->text();
             }
             setPassProgress(pass, ch);
         }
     }
+    ViewDownloadTail();
     CloseProgress();
 }
 
@@ -388,6 +436,10 @@ bool CardView::ReadLiveValues(QStringList &values) {
 void CardView::LinkLostDuringCycle() {
     if (!IsConnected) return;
     People::message("Uploading incomplete", "Uploading", People::Icon::Stop);
+    if (m_spec.stopOnLinkLoss) {
+        WaitForTimer->stop();
+        CycleActive = false;
+    }
     DisconnectRack();
 }
 
@@ -407,5 +459,5 @@ void CardView::procCycDataRead() {
 void CardView::ViewRefresh() {
     for (const ParamSpec &param : m_spec.params)
         for (int ch = 1; ch <= m_spec.channels; ++ch)
-            ShowParam(param, ch, cellOf(param, ch));
+            if (hasChannel(param, ch)) ShowParam(param, ch, cellOf(param, ch));
 }

@@ -2,6 +2,8 @@
 
 #include "rack/cardtable.h"
 #include "rack/limits.h"
+#include "rack/textroutines.h"
+#include "ui/viewbuilders.h"
 #include "ui/viewregistry.h"
 
 #include <QList>
@@ -42,6 +44,18 @@ struct ParamSpec {
     // Inclusive range tested before a Download, with the message for a failure.
     std::optional<Limit> limit;
     QString rangeMessage;
+    // The field exists on the first `channels` channels only; 0: on all of them.
+    int channels = 0;
+    // One field for the whole card, named `control` without an index, walked with channel 1.
+    // The default body leaves it out: the view places it.
+    bool perCard = false;
+    // Walked in a pass of its own after the parameters before it, in a group that is already
+    // open (the flags after the bases of group 02).
+    bool ownPass = false;
+    // What a Download asks of this field, where it differs from the view's rule.
+    std::optional<Acceptance> acceptance = std::nullopt;
+    // The key filter where it differs from the kind's; a null filter is none.
+    std::optional<KeyFilter> keyFilter = std::nullopt;
 };
 
 // A card family's view, declared as data: the common class walks it.
@@ -58,6 +72,8 @@ struct ViewSpec {
     int firstValueItem = 10;
     QString valueControl = QStringLiteral("txtParData");
     bool valueArray = false; // txtParData(ch) rather than txtParData01
+    // A caption over the values and the shown columns after them, where they belong together.
+    QString valueGroupCaption;
     int pauseMs = 10;
     bool keepDecimalPoint = false;
     // Progress after channel ch of pass 1, 2, ... (maximum 12).
@@ -68,6 +84,12 @@ struct ViewSpec {
     QString headerFrame = QStringLiteral("fraSetModel");
     // Views that only watch their card have neither Upload nor Download (cmdUp, cmdDown null).
     bool hasUpDown = true;
+    // Read-only columns after the values, filled by the view itself (what the card reports).
+    QList<ViewBuilders::GridColumn> shownColumns;
+    // Fields select their whole text when they get the focus.
+    bool selectAll = true;
+    // A cycle that loses the line also stops the view's timer.
+    bool stopOnLinkLoss = false;
 };
 
 // The standard channel layout: four Param cells and one flag a channel.
@@ -96,6 +118,8 @@ public:
     const ViewSpec &plan() const { return m_spec; }
     // The field of `control` for channel `ch`, by its objectName.
     QLineEdit *field(const QString &control, int ch) const;
+    // The field of a parameter for channel `ch` (the card's own field for a per-card one).
+    QLineEdit *paramField(const ParamSpec &param, int ch) const;
     QLineEdit *valueBox(int ch) const;
 
     bool DownloadPending = false;
@@ -128,10 +152,30 @@ protected:
     // Builds the body under the header; the default is one channel grid of all parameters
     // and the value boxes.
     virtual void buildBody(QVBoxLayout *layout);
+    // Select-all and the key filters on every parameter field, as the plan says; a body of the
+    // family's own calls it once its fields exist.
+    void InstallFieldBehaviour();
+
+    // Steps of the standard Upload and Download that some families add before the progress
+    // dialog closes.
+    virtual void ViewUploadTail() {}
+    virtual void ViewDownloadTail() {}
 
     CardRecord &record() const { return CardTable(CardNo); }
-    QString &cellOf(const ParamSpec &param, int ch) const;
-    // Groups of the parameters, in order of first appearance: the passes of Upload and Download.
+    virtual QString &cellOf(const ParamSpec &param, int ch) const;
+    // The group a parameter is read and written in; some families pick it by model.
+    virtual QString wireGroup(const ParamSpec &param) const { return param.group; }
+    static bool hasChannel(const ParamSpec &param, int ch);
+
+    // One pass of Upload and Download: parameters of one group, walked channel by channel.
+    struct Pass {
+        QString group;
+        QList<const ParamSpec *> params;
+        int channels = 0;
+        bool opensGroup = true; // false: the group is open from the pass before
+    };
+    QList<Pass> walkPasses() const;
+    // Groups of the passes, in order: by first appearance, a group again for an own pass.
     QStringList passes() const;
     void setPassProgress(int pass, int ch) const;
 
