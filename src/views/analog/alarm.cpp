@@ -22,7 +22,7 @@ const QString kParamGroup = QStringLiteral("04");
 const QString kOtherParamGroup = QStringLiteral("12");
 const QString kLevelControl = QStringLiteral("txtAlarmLevel");
 constexpr int kAlarms = 4;
-constexpr int kSetPointChars = 6;
+constexpr int kSetPointChars = 5;
 constexpr int kLevelChars = 1;
 
 ParamSpec timeParam(const char *control, int item, int cell) {
@@ -87,6 +87,11 @@ ViewSpec alarmViewSpec(const AlarmSpec &row) {
 int levelOf(const ParamSpec &param) {
     if (!param.control.startsWith(kLevelControl)) return 0;
     return param.control.mid(kLevelControl.size()).toInt();
+}
+
+QLineEdit *valueBoxOf(QWidget *parent, int ch, int chars) {
+    return ViewBuilders::valueField(
+        parent, QStringLiteral("txtParData%1").arg(ch, 2, 10, QLatin1Char('0')), chars);
 }
 
 QLabel *bitLabel(QWidget *parent, int bit) {
@@ -262,10 +267,7 @@ QGridLayout *AlarmView::buildFourChannelGrid(QWidget *box) {
         }
         grid->addWidget(field("txtHyst", ch, kSetPointChars), top, 4);
         grid->addWidget(field("txtEnable", ch, 2), top, 5, Qt::AlignHCenter);
-        grid->addWidget(
-            ViewBuilders::valueField(
-                box, QStringLiteral("txtParData%1").arg(ch, 2, 10, QLatin1Char('0')), 9),
-            top, 6);
+        grid->addWidget(valueBoxOf(box, ch, 9), top, 6);
     }
     return grid;
 }
@@ -273,7 +275,7 @@ QGridLayout *AlarmView::buildFourChannelGrid(QWidget *box) {
 // One row a channel: each alarm's level and direction with its bit beside them.
 QGridLayout *AlarmView::buildEightChannelGrid(QWidget *box) {
     auto *grid = new QGridLayout;
-    grid->setHorizontalSpacing(6);
+    grid->setHorizontalSpacing(4);
     grid->setVerticalSpacing(3);
     for (int a = 1; a <= kAlarms; ++a) {
         const int column = 1 + (a - 1) * 3;
@@ -302,10 +304,7 @@ QGridLayout *AlarmView::buildEightChannelGrid(QWidget *box) {
         }
         add("txtHyst", kSetPointChars, tail);
         add("txtEnable", 2, tail + 1);
-        grid->addWidget(
-            ViewBuilders::valueField(
-                box, QStringLiteral("txtParData%1").arg(ch, 2, 10, QLatin1Char('0')), 9),
-            row, tail + 2);
+        grid->addWidget(valueBoxOf(box, ch, 7), row, tail + 2);
     }
     return grid;
 }

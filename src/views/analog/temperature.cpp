@@ -135,7 +135,8 @@ void TemperatureView::buildBody(QVBoxLayout *layout) {
         line->addSpacing(16);
         auto *limit = new QVBoxLayout;
         limit->setSpacing(0);
-        limit->addWidget(ViewBuilders::caption(this, "Limit", true));
+        m_limitCaption = ViewBuilders::caption(this, "Limit", true);
+        limit->addWidget(m_limitCaption);
         chkLimit = new QCheckBox(this);
         chkLimit->setObjectName("chkLimit");
         limit->addWidget(chkLimit, 0, Qt::AlignHCenter);
@@ -150,6 +151,11 @@ void TemperatureView::buildBody(QVBoxLayout *layout) {
     layout->addLayout(line);
     layout->addSpacing(6);
     CardView::buildBody(layout);
+    // What the card reports is a word rather than a number.
+    for (int ch = 1; ch <= m_spec.channels; ++ch)
+        inputType(ch)->setAlignment(Qt::AlignCenter);
+    txtBurnout->setAlignment(Qt::AlignCenter);
+    txtUnit->setAlignment(Qt::AlignCenter);
 }
 
 QLineEdit *TemperatureView::inputType(int ch) const {
@@ -213,6 +219,7 @@ void TemperatureView::ViewRefresh() {
     const bool supported = LimitSupported();
     chkLimit->setChecked(supported && record().Param(64) == QLatin1String("1"));
     chkLimit->setVisible(supported);
+    m_limitCaption->setVisible(supported);
 }
 
 void TemperatureView::ViewUploadTail() {

@@ -60,6 +60,7 @@ private:
     void OpenZeroOffset();
 
     TemperatureSpec m_row;
+    QLabel *m_limitCaption = nullptr;
     int m_busy = 0; // exchanges of the view under way: a zero offset click waits for the tick
     bool m_zeroPending = false;
 };
