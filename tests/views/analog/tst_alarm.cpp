@@ -16,6 +16,9 @@ using vxtest::writeLines;
 
 namespace {
 
+// Time for a worker of eight channels, on a machine that may be busy.
+constexpr int kLongWorker = 20000;
+
 int channelsOf(const QString &model) {
     return model.at(2) == '8' ? 8 : 4;
 }
@@ -77,7 +80,7 @@ private slots:
         card.setItem(group, "08", "D3.5");
         card.setItem(group, "23", "D-4.25"); // alarm 4 of channel 2
         card.setItem(group, "46", "D1");     // level 2 of channel 4
-        rack.runWorker(rack.view->cmdUp);
+        rack.runWorker(rack.view->cmdUp, kLongWorker);
 
         QStringList expected = preamble(6, group) + readLines(group, {"7", "8", "9"});
         for (int ch = 1; ch <= channels; ++ch)
@@ -126,7 +129,7 @@ private slots:
                 rack.box(controls.at(n), ch)->setText(typed(n, ch));
             rack.box("txtEnable", ch)->setText(ch == 2 ? "1" : "0");
         }
-        rack.runWorker(rack.view->cmdDown);
+        rack.runWorker(rack.view->cmdDown, kLongWorker);
 
         QStringList expected = preamble(9, group);
         for (int t = 0; t < 3; ++t)
@@ -163,7 +166,7 @@ private slots:
         SimCard &card = rack.sim.rack.slot(3);
         for (int a = 1; a <= 4; ++a)
             card.setItem("04", QString::number(ch * 10 + 4 + a), "D" + cell.mid(4 - a, 1));
-        rack.runWorker(rack.view->cmdUp);
+        rack.runWorker(rack.view->cmdUp, kLongWorker);
         const int packed = (ch - 1) * 6 + 9;
         QCOMPARE(CardTable(3).Param(packed), cell);
 
@@ -174,7 +177,7 @@ private slots:
         reopen(rack);
         for (int a = 1; a <= 4; ++a)
             QCOMPARE(rack.box(QString("txtAlarmLevel%1").arg(a), ch)->text(), cell.mid(4 - a, 1));
-        rack.runWorker(rack.view->cmdDown);
+        rack.runWorker(rack.view->cmdDown, kLongWorker);
         for (int a = 1; a <= 4; ++a)
             QCOMPARE(card.groups["04"][QString::number(ch * 10 + 4 + a)], "D" + cell.mid(4 - a, 1));
         QCOMPARE(CardTable(3).Param(packed), cell);
@@ -193,7 +196,7 @@ private slots:
                 QCOMPARE(rack.box(QString("txtAlarmLevel%1").arg(a), 1)->text(), QString());
         }
         rack.box("txtAlarmLevel2", 1)->setText("1");
-        rack.runWorker(rack.view->cmdDown);
+        rack.runWorker(rack.view->cmdDown, kLongWorker);
         const QString wire = rack.sent().join(' ');
         QVERIFY(wire.contains("G04 I16 D1"));
         for (const char *item : {"G04 I15", "G04 I17", "G04 I18"})
@@ -273,7 +276,7 @@ private slots:
                              n < 5 ? QString("D%1%2.5").arg(ch).arg(n)
                                    : QString("D%1").arg((ch * n) % 2));
         const auto original = card.groups;
-        rack.runWorker(rack.view->cmdUp);
+        rack.runWorker(rack.view->cmdUp, kLongWorker);
 
         QTemporaryDir dir;
         const QString path = dir.filePath("rack.uJx");
@@ -287,7 +290,7 @@ private slots:
         QVERIFY(rack.messages.messages.isEmpty());
 
         reopen(rack);
-        rack.runWorker(rack.view->cmdDown);
+        rack.runWorker(rack.view->cmdDown, kLongWorker);
         QCOMPARE(card.groups["04"], original["04"]);
         QCOMPARE(card.groups["02"], original["02"]);
     }

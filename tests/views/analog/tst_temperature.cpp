@@ -12,6 +12,9 @@ using vxtest::writeLines;
 
 namespace {
 
+// Time for a worker of eight channels, on a machine that may be busy.
+constexpr int kLongWorker = 20000;
+
 // The view's layout as the card family has it, for building the expected wire.
 struct Shape {
     int channels;
@@ -148,7 +151,7 @@ private slots:
         card.setItem("02", "13", "D850.5"); // full base of channel 2
         card.setItem("00", "56", "DENA");
         CardTable(3).Param(64) = "stale";
-        rack.runWorker(rack.view->cmdUp);
+        rack.runWorker(rack.view->cmdUp, kLongWorker);
 
         QStringList expected = preamble(3, "01");
         for (int ch = 1; ch <= shape.channels; ++ch)
@@ -196,7 +199,7 @@ private slots:
             rack.box("txtEnable", ch)->setText(ch % 2 ? "1" : "0");
         if (shape.leadwire) rack.box("txtLineR", 4)->clear(); // sent even so
         if (limit) temperatureView(rack)->chkLimit->setChecked(true);
-        rack.runWorker(rack.view->cmdDown);
+        rack.runWorker(rack.view->cmdDown, kLongWorker);
 
         QStringList expected = preamble(7, "01");
         for (int ch = 1; ch <= shape.channels; ++ch)
@@ -237,12 +240,12 @@ private slots:
     void acceptance() {
         {
             CardDesk rack("QP4", 2, "0.8");
-            rack.runWorker(rack.view->cmdUp);
+            rack.runWorker(rack.view->cmdUp, kLongWorker);
             rack.box("txtZScale", 1)->setText("1.5");
             rack.box("txtZBase", 2)->setText("-");
             rack.box("txtFBase", 2)->setText("x");
             rack.box("txtEnable", 3)->setText("2");
-            rack.runWorker(rack.view->cmdDown);
+            rack.runWorker(rack.view->cmdDown, kLongWorker);
             const QString wire = rack.sent().join(' ');
             QVERIFY(!wire.contains("G01 I42 D"));
             QVERIFY(wire.contains("G02 I12 D- G02 I14 D0.0"));
@@ -256,7 +259,7 @@ private slots:
         CardDesk rack("QR8", 2);
         rack.box("txtEnable", 1)->setText("2");
         rack.box("txtZBase", 8)->setText("x");
-        rack.runWorker(rack.view->cmdDown);
+        rack.runWorker(rack.view->cmdDown, kLongWorker);
         const QString wire = rack.sent().join(' ');
         QVERIFY(wire.contains("G02 I42 D2"));
         QVERIFY(wire.contains("G02 I24 Dx"));
