@@ -313,6 +313,37 @@ private slots:
         QVERIFY(rack.messages.messages.isEmpty());
     }
 
+    // A click that comes while a round of the cycle is on the line opens the dialog only after
+    // that round, so the two never share the line.
+    void zeroOffsetClickDuringACycle() {
+        CardDesk rack("QP8A", 4, "1.12");
+        TemperatureView *view = temperatureView(rack);
+        bool clicked = false;
+        rack.sim.rack.slot(4).live = [view, &clicked](const QString &group, const QString &item,
+                                                      qint64) -> std::optional<QString> {
+            if (group != "00" || item.toInt() < 10 || item.toInt() > 17) return std::nullopt;
+            if (item == "15" && !clicked) {
+                clicked = true;
+                view->zeroDeg->click();
+            }
+            return QString("D1:20.5");
+        };
+        QStringList atOpening;
+        vxtest::whenVisible([] { return LoadedView("frmQP8Azero"); },
+                            [&](QWidget *window) {
+                                atOpening = rack.sent();
+                                qobject_cast<FrmQP8Azero *>(window)->reject();
+                            },
+                            kDialogTurns);
+        rack.sim.rack.clearTranscript();
+        QTRY_VERIFY(!atOpening.isEmpty());
+        const qsizetype click = atOpening.lastIndexOf("I15");
+        QVERIFY(click > 0);
+        QCOMPARE(atOpening.mid(click + 1),
+                 readLines("00", {"16", "17"}) + preamble(4) + writeLines("03", "01", "F") +
+                     readLines("03", {"50", "51", "52", "53", "54", "55", "56", "57"}));
+    }
+
     // What the dialog reads when it opens; an item the card does not answer leaves its box empty
     // and tells nobody.
     void zeroOffsetDialogOpening() {
