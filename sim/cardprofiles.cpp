@@ -9,15 +9,7 @@
 using namespace SimProfile;
 
 void InstallVoltageProfile(SimCard &card, int channels) {
-    card.setItem("01", "01", "D1");
-    card.setItem("02", "01", "D1");
-    for (int ch = 1; ch <= channels; ++ch) {
-        card.setItem("01", item(2 * ch + 40), "D0");
-        card.setItem("01", item(2 * ch + 41), "D10000");
-        card.setItem("01", item(2 * ch + 8), "D0.0");
-        card.setItem("01", item(2 * ch + 9), "D0.000");
-        card.setItem("02", item(ch + 41), "D0");
-    }
+    setAnalogChannels(card, channels, "0.0", "0.000");
     card.live = [channels](const QString &group, const QString &item,
                            qint64 ms) -> std::optional<QString> {
         const int ch = item.toInt() - 9;

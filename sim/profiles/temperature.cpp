@@ -32,15 +32,7 @@ void InstallTemperatureProfile(SimCard &card) {
     // The mixed card has resistance sensors on channels 1 and 2; its bases serve channels 1-4.
     const int baseChannels = mixed ? 4 : channels;
 
-    card.setItem("01", "01", "D1");
-    card.setItem("02", "01", "D1");
-    for (int ch = 1; ch <= channels; ++ch) {
-        card.setItem("01", item(2 * ch + 40), "D0");
-        card.setItem("01", item(2 * ch + 41), "D10000");
-        card.setItem("01", item(2 * ch + 8), "D0.00");
-        card.setItem("01", item(2 * ch + 9), "D1.0000");
-        card.setItem("02", item(ch + 41), "D0");
-    }
+    setAnalogChannels(card, channels, "0.00", "1.0000");
     for (int ch = 1; ch <= baseChannels; ++ch) {
         const bool rtd = resistance || mixed;
         card.setItem("02", item(2 * ch + 8), rtd ? "D-200.0" : "D0.0");

@@ -166,6 +166,14 @@ struct CardDesk : Desk {
             !view->UploadPending && !view->DownloadPending && sent().count("G00") >= 3, timeoutMs);
     }
 
+    // Leaves the card's view for the overview and opens it again from the selector.
+    void reopen() {
+        for (int entry : {0, slot}) {
+            window->cboCardNo->setCurrentIndex(entry);
+            window->cboCardNo_Click();
+        }
+    }
+
     // Every live item of the card answers `value`, tagged with its channel as the card tags it.
     void answerAll(const QString &value) {
         sim.rack.slot(slot).live = [value](const QString &, const QString &item,

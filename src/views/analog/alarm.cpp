@@ -13,6 +13,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QTimer>
 #include <QVBoxLayout>
 
 namespace {
@@ -123,6 +124,11 @@ AlarmLevels UnpackAlarmLevels(const QString &cell) {
 AlarmView::AlarmView(AlarmSpec row, QWidget *parent)
     : CardView(alarmViewSpec(row), parent), m_row(std::move(row)) {}
 
+void AlarmView::OpenView(const QString &model) {
+    WaitForTimer->stop();
+    CardView::OpenView(model);
+}
+
 QLabel *AlarmView::lamp(int i) const {
     return findChild<QLabel *>(ViewBuilders::arrayName("lblDIDataCh", i));
 }
@@ -176,10 +182,7 @@ void AlarmView::procCycDataRead() {
     AddressCard();
     QStringList values;
     if (!ReadLiveValues(values)) return;
-    for (int ch = 1; ch <= m_spec.channels; ++ch) {
-        valueBox(ch)->clear();
-        valueBox(ch)->repaint();
-    }
+    ClearValueBoxes();
     for (int ch = 1; ch <= m_spec.channels; ++ch) {
         valueBox(ch)->setText(ValueText(values.at(ch - 1)));
         valueBox(ch)->repaint();

@@ -36,6 +36,9 @@ class AlarmView : public CardView {
 public:
     explicit AlarmView(AlarmSpec row, QWidget *parent = nullptr);
 
+    // The cycle of a previous visit must not tick into the opening.
+    void OpenView(const QString &model) override;
+
     const AlarmSpec &alarmSpec() const { return m_row; }
     // Alarm lamp i (from 1) shows bit i-1 of the alarm word.
     QLabel *lamp(int i) const;

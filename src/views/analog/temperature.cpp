@@ -86,7 +86,7 @@ ViewSpec temperatureViewSpec(const TemperatureSpec &row) {
     plan.keyFilters = row.keyFilters;
     plan.selectAll = row.keyFilters;
     plan.pauseMs = 50;
-    plan.stopOnLinkLoss = row.zeroOffset;
+    plan.stopOnLinkLoss = row.stopOnLinkLoss;
     plan.shownColumns = {{"txtInputType", "InputType", "", 8, true, true}};
     if (row.mixed) {
         plan.valueGroupCaption = "Value/Type";
@@ -109,11 +109,11 @@ ViewSpec temperatureViewSpec(const TemperatureSpec &row) {
 
 const QList<TemperatureSpec> &TemperatureSpecs() {
     // Form, tag, channels, channels with bases, first base cell, acceptance, key filters, limit
-    // option, zero offset, mixed inputs, burnout and unit items.
+    // option, zero offset, mixed inputs, timer off when the line is lost, burnout and unit items.
     static const QList<TemperatureSpec> rows = {
-        {"frmQP4", "QP4", 4, 4, 17, Acceptance::Syntax, true, true, false, false, 20, 19},
-        {"frmQP8", "QP8", 8, 8, 33, Acceptance::NotEmpty, false, true, true, false, 20, 19},
-        {"frmQFR8", "QFR", 8, 4, 33, Acceptance::NotEmpty, true, false, false, true, 59, 60},
+        {"frmQP4", "QP4", 4, 4, 17, Acceptance::Syntax, true, true, false, false, false, 20, 19},
+        {"frmQP8", "QP8", 8, 8, 33, Acceptance::NotEmpty, false, true, true, false, true, 20, 19},
+        {"frmQFR8", "QFR", 8, 4, 33, Acceptance::NotEmpty, true, false, false, true, false, 59, 60},
     };
     return rows;
 }

@@ -21,6 +21,7 @@ struct TemperatureSpec {
     bool limitOption = false; // chkLimit on group 00 item 56
     bool zeroOffset = false;  // the zeroDeg button and its dialog, on QP8A cards
     bool mixed = false;       // the first four channels may be resistance inputs with a leadwire
+    bool stopOnLinkLoss = false;
     int burnoutItem = 20;
     int unitItem = 19;
 };

@@ -443,14 +443,18 @@ void CardView::LinkLostDuringCycle() {
     DisconnectRack();
 }
 
-void CardView::procCycDataRead() {
-    AddressCard();
-    QStringList values;
-    if (!ReadLiveValues(values)) return;
+void CardView::ClearValueBoxes() {
     for (int ch = 1; ch <= m_spec.channels; ++ch) {
         valueBox(ch)->clear();
         valueBox(ch)->repaint();
     }
+}
+
+void CardView::procCycDataRead() {
+    AddressCard();
+    QStringList values;
+    if (!ReadLiveValues(values)) return;
+    ClearValueBoxes();
     Clock::pause(m_spec.pauseMs);
     for (int ch = 1; ch <= m_spec.channels; ++ch)
         valueBox(ch)->setText(ValueText(values.at(ch - 1)));

@@ -185,6 +185,8 @@ protected:
     QString WriteValue(const QString &group, int item, const QString &data);
     // Reads the live values; returns false when a reply was empty (already handled).
     bool ReadLiveValues(QStringList &values);
+    // Clears each value box and repaints it at once, so the blink shows.
+    void ClearValueBoxes();
     void LinkLostDuringCycle();
     void CopyHeaderToRecord();
     void ShowParam(const ParamSpec &param, int ch, const QString &text);

@@ -48,13 +48,6 @@ QString lampColours(const AlarmView *view) {
     return text;
 }
 
-void reopen(CardDesk &rack) {
-    for (int entry : {0, rack.slot}) {
-        rack.window->cboCardNo->setCurrentIndex(entry);
-        rack.window->cboCardNo_Click();
-    }
-}
-
 // The cell that holds level `a` of channel `ch` and, on the eight-channel view, where in it.
 QString levelInRecord(const QString &model, int ch, int a) {
     if (channelsOf(model) == 4) return CardTable(CardNo).Param((ch - 1) * 9 + 8 + a);
@@ -174,7 +167,7 @@ private slots:
             card.setItem("04", QString::number(ch * 10 + 4 + a), "D9");
             rack.box(QString("txtAlarmLevel%1").arg(a), ch)->setText("9");
         }
-        reopen(rack);
+        rack.reopen();
         for (int a = 1; a <= 4; ++a)
             QCOMPARE(rack.box(QString("txtAlarmLevel%1").arg(a), ch)->text(), cell.mid(4 - a, 1));
         rack.runWorker(rack.view->cmdDown, kLongWorker);
@@ -191,7 +184,7 @@ private slots:
             CardTable(3).Param(9) = cell;
             for (int a = 1; a <= 4; ++a)
                 rack.box(QString("txtAlarmLevel%1").arg(a), 1)->setText("x");
-            reopen(rack);
+            rack.reopen();
             for (int a = 1; a <= 4; ++a)
                 QCOMPARE(rack.box(QString("txtAlarmLevel%1").arg(a), 1)->text(), QString());
         }
@@ -202,7 +195,7 @@ private slots:
         for (const char *item : {"G04 I15", "G04 I17", "G04 I18"})
             QVERIFY(!wire.contains(item));
         QCOMPARE(CardTable(3).Param(9), QString("1"));
-        reopen(rack);
+        rack.reopen();
         QCOMPARE(rack.box("txtAlarmLevel2", 1)->text(), QString());
     }
 
@@ -289,7 +282,7 @@ private slots:
         People::setFileHandler({});
         QVERIFY(rack.messages.messages.isEmpty());
 
-        reopen(rack);
+        rack.reopen();
         rack.runWorker(rack.view->cmdDown, kLongWorker);
         QCOMPARE(card.groups["04"], original["04"]);
         QCOMPARE(card.groups["02"], original["02"]);

@@ -36,14 +36,6 @@ QStringList numbers(const QList<int> &items) {
     return texts;
 }
 
-// Closes and opens the card's view again from the selector, as a user does.
-void reopen(CardDesk &rack) {
-    for (int entry : {0, rack.slot}) {
-        rack.window->cboCardNo->setCurrentIndex(entry);
-        rack.window->cboCardNo_Click();
-    }
-}
-
 TemperatureView *temperatureView(const CardDesk &rack) {
     return qobject_cast<TemperatureView *>(rack.view);
 }
@@ -86,7 +78,7 @@ private slots:
         CardDesk rack(model, 5, version);
         TemperatureView *view = temperatureView(rack);
         QVERIFY(view);
-        reopen(rack);
+        rack.reopen();
         const int channels = shapeOf(model).channels;
         QStringList items{"40"};
         for (int ch = 1; ch <= channels; ++ch)
@@ -107,7 +99,7 @@ private slots:
         CardDesk rack("QFR8", 2, "1.00");
         rack.sim.rack.slot(2).setItem("00", "57", "DQR");
         rack.sim.rack.slot(2).setItem("00", "55", "DCNG");
-        reopen(rack);
+        rack.reopen();
         QCOMPARE(rack.sent().mid(0, 20),
                  preamble(2) + readLines("00", {"40", "55", "56", "57", "58", "59", "60"}));
         TemperatureView *view = temperatureView(rack);
