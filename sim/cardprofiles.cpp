@@ -1,14 +1,16 @@
 #include "cardprofiles.h"
 
+#include "profiles/alarm.h"
 #include "profiles/calorie.h"
+#include "profiles/current.h"
+#include "profiles/field.h"
+#include "profiles/millivolt.h"
+#include "profiles/multipower.h"
 #include "profiles/power.h"
 #include "profiles/pulse.h"
-#include "profiles/multipower.h"
-#include "profiles/current.h"
-#include "profiles/millivolt.h"
 #include "profiles/qjs8.h"
-#include "profiles/field.h"
 #include "profiles/support.h"
+#include "profiles/temperature.h"
 #include "profiles/universal.h"
 
 #include <memory>
@@ -16,15 +18,7 @@
 using namespace SimProfile;
 
 void InstallVoltageProfile(SimCard &card, int channels) {
-    card.setItem("01", "01", "D1");
-    card.setItem("02", "01", "D1");
-    for (int ch = 1; ch <= channels; ++ch) {
-        card.setItem("01", item(2 * ch + 40), "D0");
-        card.setItem("01", item(2 * ch + 41), "D10000");
-        card.setItem("01", item(2 * ch + 8), "D0.0");
-        card.setItem("01", item(2 * ch + 9), "D0.000");
-        card.setItem("02", item(ch + 41), "D0");
-    }
+    setAnalogChannels(card, channels, "0.0", "0.000");
     card.live = [channels](const QString &group, const QString &item,
                            qint64 ms) -> std::optional<QString> {
         const int ch = item.toInt() - 9;
@@ -145,6 +139,8 @@ const ProfileRow kProfiles[] = {
     {{"QF4", "QG4", "QH4", "QJ4", "QK4"}, [](SimCard &c) { InstallVoltageProfile(c, 4); }},
     {{"QF8", "QG8", "QH8", "QJ8", "QK8"}, [](SimCard &c) { InstallVoltageProfile(c, 8); }},
     {{"QF1", "QG1"}, [](SimCard &c) { InstallVoltageProfile(c, 16); }},
+    {{"QP4", "QR4", "QP8", "QR8", "QFR"}, InstallTemperatureProfile},
+    {{"QA4", "QB4", "QC4", "QD4", "QE4", "QA8", "QB8", "QC8", "QD8", "QE8"}, InstallAlarmProfile},
     {{"XDU"}, InstallMultiPowerProfile},
     {{"XD1", "XD4"}, InstallPowerTransducerProfile},
     {{"QY2"}, InstallCalorieMeterProfile},

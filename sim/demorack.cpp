@@ -15,11 +15,11 @@ struct DemoCard {
 
 // Slots not named here are empty. A new family gets a row here once it has its profile.
 const DemoCard kDemoCards[] = {
-    {1, "QF4", "", "1.20", "01,00,80"},
+    {1, "QP8A", "", "1.12", "02,00,00"},
     {2, "QT8", "", "1.05", "00,00,00"},
     // The multi-power card lists its family only; its own item 04 gives the full name.
     {3, "XDU42B01", "XDU", "2.01", "00,40,00"},
-    {4, "QT64", "", "1.03", "00,00,00"},
+    {4, "QA4", "", "1.04", "00,10,00"},
     {5, "QZ8", "", "1.10", "10,02,00"},
     {6, "XE4", "", "1.31", "00,00,01"},
     {7, "QTC16", "", "1.00", "00,00,00"},

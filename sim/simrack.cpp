@@ -172,13 +172,8 @@ QString SimRack::answerData(const QString &data) {
         return "D" + data;
     }
     SimCard &card = selected();
-    if (card.accepts && !card.accepts(m_group, m_item, data)) return QStringLiteral("CNG");
-    if (card.writeReply)
-        if (const auto reply = card.writeReply(card, m_group, m_item, data)) return *reply;
     if (card.onData)
-        if (const auto reply = card.onData(card, m_group, m_item, data)) return *reply;
-    if (card.command)
-        if (const auto reply = card.command(card, m_group, m_item, data, now())) return *reply;
+        if (const auto reply = card.onData(card, m_group, m_item, data, now())) return *reply;
     card.groups[m_group][m_item] = "D" + data;
     if (card.onWrite) card.onWrite(card, m_group, m_item, data);
     return "D" + data;

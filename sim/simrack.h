@@ -23,31 +23,19 @@ struct SimCard {
     // Live values: asked first for every read; return nothing to use the store.
     std::function<std::optional<QString>(const QString &group, const QString &item, qint64 ms)>
         live;
-    // Asked before a write is stored: false refuses it with "CNG" and keeps the item as it was.
-    // Unset: every write is taken.
-    std::function<bool(const QString &group, const QString &item, const QString &data)> accepts;
     // Called after a write has been stored, for cards whose items act on each other.
     std::function<void(SimCard &card, const QString &group, const QString &item,
                        const QString &data)>
         onWrite;
-    // Asked first for every data line: a card whose data lines can be requests (a read that
-    // names a channel) answers them here. Return nothing to store the data and echo it.
-    std::function<std::optional<QString>(SimCard &card, const QString &group, const QString &item,
-                                         const QString &data)>
-        onData;
-
-    // Asked first for every write, for items whose reply is not the echo of the data (a write
-    // that asks the card for a value): a text is the reply, and the write is neither stored nor
-    // passed to onWrite; nothing goes on as usual.
-    std::function<std::optional<QString>(SimCard &card, const QString &group, const QString &item,
-                                         const QString &data)>
-        writeReply;
-    // Asked before a write is stored, with the rack's time: a reply that takes the place of the
-    // stored echo, for data that is a command rather than a setting (a block request, a motor
-    // jog that starts at a moment). Nothing: the data is stored and echoed as usual.
+    // Asked first for every data line, with the rack's time, by cards whose data lines are not
+    // plain settings: a read that names a channel, a block request, a jog that starts at a
+    // moment, a value the card refuses ("CNG"), a write the card answers with a value it
+    // measured. A text is the reply, and the data is neither stored nor passed to onWrite (the
+    // hook stores what it keeps). Nothing: the data is stored, onWrite runs, and the data is
+    // echoed.
     std::function<std::optional<QString>(SimCard &card, const QString &group, const QString &item,
                                          const QString &data, qint64 ms)>
-        command;
+        onData;
 
     bool present() const { return !model.isEmpty(); }
     void setItem(const QString &group, const QString &item, const QString &reply) {

@@ -32,8 +32,8 @@ void installCommon(SimCard &card, bool ownGroup) {
         return std::nullopt;
     };
     // An empty data field is accepted as it is; its echo alone would read as no answer.
-    card.writeReply = [](SimCard &c, const QString &group, const QString &itemText,
-                         const QString &data) -> std::optional<QString> {
+    card.onData = [](SimCard &c, const QString &group, const QString &itemText,
+                     const QString &data, qint64) -> std::optional<QString> {
         if (!data.isEmpty()) return std::nullopt;
         c.setItem(group, itemText, QStringLiteral("D"));
         return QStringLiteral("COK");
@@ -85,16 +85,16 @@ void installNetworkVariable(SimCard &card) {
         card.setItem("17", item(60 + slot), "D0");
     }
 
-    const auto common = card.writeReply;
-    card.writeReply = [scaling, common](SimCard &c, const QString &group, const QString &itemText,
-                                        const QString &data) -> std::optional<QString> {
+    const auto common = card.onData;
+    card.onData = [scaling, common](SimCard &c, const QString &group, const QString &itemText,
+                                    const QString &data, qint64 ms) -> std::optional<QString> {
         if (group == QLatin1String("17") && itemText == QLatin1String("43")) {
             bool ok = false;
             const int index = QString(data).remove(QLatin1Char(';')).toInt(&ok);
             if (!ok || index < 0 || index >= kSlots) return QStringLiteral("CNG");
             return QStringLiteral("D%1:%2;").arg(index).arg(scaling->at(size_t(index)));
         }
-        return common(c, group, itemText, data);
+        return common(c, group, itemText, data, ms);
     };
     card.onWrite = [scaling, factoryNames](SimCard &c, const QString &group,
                                            const QString &itemText, const QString &data) {

@@ -211,7 +211,7 @@ void InstallMotorActuatorProfile(SimCard &card) {
         if (i < 0 || item != QLatin1String("28")) return std::nullopt;
         return QStringLiteral("D%1").arg(qRound(motors->actuators[i].raw));
     };
-    card.command = [motors](SimCard &, const QString &group, const QString &item,
+    card.onData = [motors](SimCard &, const QString &group, const QString &item,
                             const QString &data, qint64 ms) -> std::optional<QString> {
         advance(*motors, ms);
         const int i = actuatorOfGroup(group);
@@ -249,7 +249,7 @@ void InstallHartInputProfile(SimCard &card) {
         if (group != QLatin1String("00") || ch == 0) return std::nullopt;
         return QStringLiteral("D%1:%2").arg(ch).arg(drifting(ch, ms, 5000.0, 3000.0, 0));
     };
-    card.command = [store](SimCard &, const QString &group, const QString &item,
+    card.onData = [store](SimCard &, const QString &group, const QString &item,
                            const QString &data, qint64) -> std::optional<QString> {
         const int ch = group.toInt();
         const BlockField *field = blockField(item);

@@ -263,12 +263,19 @@ void InstallMultiPowerProfile(SimCard &card) {
     setConfiguration(card, "03", 1);
     if (state->twoSystems) setConfiguration(card, "04", 2);
 
-    card.accepts = [state](const QString &group, const QString &itemText, const QString &data) {
+    // A value the card cannot take is refused and the item keeps what it had.
+    card.onData = [state](SimCard &, const QString &group, const QString &itemText,
+                          const QString &data, qint64) -> std::optional<QString> {
         const int number = itemText.toInt();
-        if (group == QLatin1String("01")) return number == 1;
-        if (group == QLatin1String("02"))
-            return number >= 10 && number < 10 + kWords ? state->serves(data) : true;
-        return takesConfiguration(*state, number, data);
+        bool takes = false;
+        if (group == QLatin1String("01"))
+            takes = number == 1;
+        else if (group == QLatin1String("02"))
+            takes = number >= 10 && number < 10 + kWords ? state->serves(data) : true;
+        else
+            takes = takesConfiguration(*state, number, data);
+        if (takes) return std::nullopt;
+        return QStringLiteral("CNG");
     };
     card.onWrite = [state](SimCard &self, const QString &group, const QString &itemText,
                            const QString &) {

@@ -28,6 +28,21 @@ inline QString drifting(int ch, qint64 ms, double centre, double swing, int deci
     return QString::number(driftingValue(ch, ms, centre, swing), 'f', decimals);
 }
 
+// The four fields of group 01 and the "Unused" flags of group 02 that every analog channel has,
+// with the openings of both groups.
+inline void setAnalogChannels(SimCard &card, int channels, const QString &zeroAdjust,
+                              const QString &fullAdjust) {
+    card.setItem("01", "01", "D1");
+    card.setItem("02", "01", "D1");
+    for (int ch = 1; ch <= channels; ++ch) {
+        card.setItem("01", item(2 * ch + 40), "D0");
+        card.setItem("01", item(2 * ch + 41), "D10000");
+        card.setItem("01", item(2 * ch + 8), "D" + zeroAdjust);
+        card.setItem("01", item(2 * ch + 9), "D" + fullAdjust);
+        card.setItem("02", item(ch + 41), "D0");
+    }
+}
+
 // The channel of a live item 9 + ch, or 0 when the item is none of `channels` channels.
 inline int liveChannel(const QString &itemText, int channels, int firstItem = 10) {
     const int ch = itemText.toInt() - firstItem + 1;

@@ -73,7 +73,7 @@ const QStringList kCardItems = {"87", "13", "57", "90", "92"};
 const QStringList kChannelItems = {"05", "50", "20", "25", "55", "56", "53", "54", "51", "52"};
 
 std::optional<QString> answerData(SimCard &card, const QString &group, const QString &item,
-                                  const QString &data) {
+                                  const QString &data, qint64) {
     if (group != kGroup) return std::nullopt;
     QString &stored = card.groups[kGroup][item];
     if (kCardItems.contains(item)) {

@@ -10,6 +10,8 @@
 #include "views/analog/millivolt.h"
 #include "views/analog/qjs8.h"
 #include "views/analog/universal.h"
+#include "views/analog/alarm.h"
+#include "views/analog/temperature.h"
 #include "views/analog/voltage.h"
 #include "views/common/frmnone.h"
 #include "views/discrete/discrete.h"
@@ -39,6 +41,11 @@ void RegisterAllViews() {
     RegisterView("frmQS8", [] { return MakeFrmQS8(); });
     RegisterView("frmQX2", [] { return MakeFrmQX2(); });
     RegisterView("frmQJS8", [] { return new FrmQJS8; });
+    for (const TemperatureSpec &row : TemperatureSpecs())
+        RegisterView(row.formName, [form = row.formName] { return MakeTemperatureView(form); });
+    RegisterView("frmQP8Azero", [] { return new FrmQP8Azero; });
+    for (const AlarmSpec &row : AlarmSpecs())
+        RegisterView(row.formName, [form = row.formName] { return MakeAlarmView(form); });
     for (const DiscreteSpec &plan : DiscreteSpecs())
         RegisterView(plan.formName, [form = plan.formName] { return MakeDiscreteView(form); });
     RegisterView("frmQV32", [] { return new FrmQV32; });

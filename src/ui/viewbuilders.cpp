@@ -64,6 +64,7 @@ QGridLayout *channelGrid(QWidget *parent, const QList<GridColumn> &columns, int 
         grid->addWidget(caption(parent, QStringLiteral("CH%1").arg(ch)), row, 0);
         for (int c = 0; c < columns.size(); ++c) {
             const GridColumn &column = columns[c];
+            if (column.channels > 0 && ch > column.channels) continue;
             const QString name = columnName(column, ch);
             QLineEdit *box = column.readOnly ? valueField(parent, name, column.chars)
                                              : field(parent, name, column.chars);

@@ -31,6 +31,8 @@ struct GridColumn {
     bool readOnly = false;
     // Some forms number a row of single boxes instead ("txtParData01"): name them that way.
     bool twoDigitNames = false;
+    // Only the first `channels` channels have a box in this column; 0: all of them.
+    int channels = 0;
 };
 
 // The name of the box of `column` for channel `ch`.

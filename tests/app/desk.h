@@ -158,10 +158,20 @@ struct CardDesk : Desk {
     QStringList sent() const { return sim.rack.commands(); }
 
     // Clicks a command of the view and waits until its worker has run and the cycle is back.
-    void runWorker(QPushButton *button) {
+    // A long worker on a loaded machine may need more than the default time.
+    void runWorker(QPushButton *button, int timeoutMs = 5000) {
         sim.rack.clearTranscript();
         button->click();
-        QTRY_VERIFY(!view->UploadPending && !view->DownloadPending && sent().count("G00") >= 3);
+        QTRY_VERIFY_WITH_TIMEOUT(
+            !view->UploadPending && !view->DownloadPending && sent().count("G00") >= 3, timeoutMs);
+    }
+
+    // Leaves the card's view for the overview and opens it again from the selector.
+    void reopen() {
+        for (int entry : {0, slot}) {
+            window->cboCardNo->setCurrentIndex(entry);
+            window->cboCardNo_Click();
+        }
     }
 
     // Every live item of the card answers `value`, tagged with its channel as the card tags it.

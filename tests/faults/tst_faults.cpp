@@ -50,7 +50,7 @@ void addFaultRows() {
 }
 
 // The demo rack in its slots, as a scan finds it.
-const QStringList kDemoNames = {"QF4",   "QT8", "XDU42B01", "QT64", "QZ8",  "XE4",
+const QStringList kDemoNames = {"QP8A",  "QT8", "XDU42B01", "QA4",  "QZ8",  "XE4",
                                 "QTC16", "QF8", "QL4",      "QS4",  "QJS8", "XD4-AC10",
                                 "QY2",   "QZ2", "XHK2",     "XG4"};
 

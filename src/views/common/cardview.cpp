@@ -132,9 +132,11 @@ CardView::CardView(ViewSpec plan, QWidget *parent) : QWidget(parent), m_spec(std
 void CardView::buildBody(QVBoxLayout *layout) {
     QList<ViewBuilders::GridColumn> columns;
     for (const ParamSpec &param : m_spec.params)
-        columns.append({param.control, param.caption, param.groupCaption,
-                        param.kind == FieldKind::Flag ? 2 : 7, false, false});
-    ViewBuilders::GridColumn values{m_spec.valueControl, "Value", "", 9, true, !m_spec.valueArray};
+        if (!param.perCard)
+            columns.append({param.control, param.caption, param.groupCaption,
+                            param.kind == FieldKind::Flag ? 2 : 7, false, false, param.channels});
+    ViewBuilders::GridColumn values{m_spec.valueControl, "Value", m_spec.valueGroupCaption, 9,
+                                    true, !m_spec.valueArray};
     columns.append(values);
     columns.append(m_spec.extraColumns);
     auto *box = new QWidget(this);
@@ -143,12 +145,21 @@ void CardView::buildBody(QVBoxLayout *layout) {
     box->setLayout(grid);
     layout->addWidget(box);
     layout->addStretch();
+    InstallFieldBehaviour();
+}
 
+void CardView::InstallFieldBehaviour() {
     for (const ParamSpec &param : m_spec.params) {
         for (int ch = 1; ch <= m_spec.channels; ++ch) {
-            QLineEdit *box = field(param.control, ch);
+            if (!hasChannel(param, ch)) continue;
+            QLineEdit *box = paramField(param, ch);
+            if (!box) continue; // a per-card field the view has not placed
             if (param.selectOnFocus) InstallSelectAllOnFocus(box);
             if (!m_spec.keyFilters) continue;
+            if (param.keyFilter) {
+                if (*param.keyFilter) InstallKeyFilter(box, *param.keyFilter);
+                continue;
+            }
             switch (param.kind) {
             case FieldKind::Int:
                 InstallKeyFilter(box, KeyInt);
@@ -166,6 +177,15 @@ void CardView::buildBody(QVBoxLayout *layout) {
 
 QLineEdit *CardView::field(const QString &control, int ch) const {
     return findChild<QLineEdit *>(ViewBuilders::arrayName(control, ch));
+}
+
+QLineEdit *CardView::paramField(const ParamSpec &param, int ch) const {
+    return param.perCard ? findChild<QLineEdit *>(param.control) : field(param.control, ch);
+}
+
+bool CardView::hasChannel(const ParamSpec &param, int ch) {
+    if (param.perCard) return ch == 1;
+    return param.channels <= 0 || ch <= param.channels;
 }
 
 QLineEdit *CardView::valueBox(int ch) const {
@@ -242,8 +262,8 @@ QString &CardView::cellOf(const ParamSpec &param, int ch) const {
 
 QStringList CardView::passes() const {
     QStringList groups;
-    for (const ParamSpec &param : m_spec.params)
-        if (!groups.contains(param.group)) groups.append(param.group);
+    for (const PassSpec &pass : workerPasses())
+        groups.append(pass.group);
     return groups;
 }
 
@@ -254,11 +274,24 @@ void CardView::setPassProgress(int pass, int ch) const {
 QList<PassSpec> CardView::workerPasses() const {
     if (!m_spec.passPlan.isEmpty()) return m_spec.passPlan;
     QList<PassSpec> runs;
-    for (const QString &group : passes()) {
-        PassSpec run{group, {}, true, m_spec.progress.value(runs.size())};
-        for (const ParamSpec &param : m_spec.params)
-            if (param.group == group) run.params.append(param);
-        runs.append(run);
+    for (const ParamSpec &param : m_spec.params) {
+        // A parameter joins the run of its group, unless it asks for one of its own.
+        PassSpec *joined = nullptr;
+        bool groupSeen = false;
+        for (PassSpec &run : runs) {
+            if (run.group != param.group) continue;
+            groupSeen = true;
+            if (!param.ownPass) joined = &run;
+        }
+        if (!joined) {
+            runs.append({param.group, {}, !groupSeen, m_spec.progress.value(runs.size()), 0});
+            joined = &runs.last();
+        }
+        joined->params.append(param);
+        const int channels = param.perCard         ? 1
+                             : param.channels > 0 ? qMin(param.channels, m_spec.channels)
+                                                  : m_spec.channels;
+        joined->channels = qMax(joined->channels, channels);
     }
     return runs;
 }
@@ -286,7 +319,7 @@ void CardView::CopyHeaderToRecord() {
 }
 
 void CardView::ShowParam(const ParamSpec &param, int ch, const QString &text) {
-    QLineEdit *box = field(param.control, ch);
+    QLineEdit *box = paramField(param, ch);
     if (param.kind == FieldKind::Flag)
         ShowFlag(box, text);
     else
@@ -298,11 +331,13 @@ void CardView::ViewUpload() {
     OpenProgress(12, "Uploading");
     AddressCard();
     for (const PassSpec &pass : workerPasses()) {
-        if (pass.opensGroup) OpenGroup(pass.group);
-        for (int ch = 1; ch <= m_spec.channels; ++ch) {
+        const QString group = wireGroup(pass.group);
+        if (pass.opensGroup) OpenGroup(group);
+        for (int ch = 1; ch <= channelsOf(pass); ++ch) {
             for (const ParamSpec &param : pass.params) {
-                ShowParam(param, ch, ReadValue(pass.group, param.item(ch)));
-                cellOf(param, ch) = field(param.control, ch)->text();
+                if (!hasChannel(param, ch)) continue;
+                ShowParam(param, ch, ReadValue(group, param.item(ch)));
+                cellOf(param, ch) = paramField(param, ch)->text();
             }
             if (pass.progress) SetProgress(pass.progress(ch));
         }
@@ -315,8 +350,8 @@ bool CardView::ValidateDownload() {
     if (!m_spec.rangeCheck) return true;
     for (int ch = 1; ch <= m_spec.channels; ++ch) {
         for (const ParamSpec &param : m_spec.params) {
-            if (!param.limit) continue;
-            const QString text = field(param.control, ch)->text();
+            if (!param.limit || !hasChannel(param, ch)) continue;
+            const QString text = paramField(param, ch)->text();
             if (text.isEmpty()) continue;
             // A text that is no number (a lone "-", a "CNG" from an Upload) is not a range
             // failure: the acceptance test keeps it off the wire.
@@ -333,7 +368,7 @@ bool CardView::ValidateDownload() {
 }
 
 bool CardView::Acceptable(const ParamSpec &param, const QString &text) const {
-    switch (m_spec.acceptance) {
+    switch (param.acceptance.value_or(m_spec.acceptance)) {
     case Acceptance::Always:
         return true;
     case Acceptance::NotEmpty:
@@ -358,12 +393,14 @@ void CardView::ViewDownload() {
     AddressCard();
     bool progressOpen = false;
     for (const PassSpec &pass : workerPasses()) {
-        if (pass.opensGroup) OpenGroup(pass.group);
+        const QString group = wireGroup(pass.group);
+        if (pass.opensGroup) OpenGroup(group);
         if (!progressOpen) OpenProgress(12, "Downloading");
         progressOpen = true;
-        for (int ch = 1; ch <= m_spec.channels; ++ch) {
+        for (int ch = 1; ch <= channelsOf(pass); ++ch) {
             for (const ParamSpec &param : pass.params) {
-                QLineEdit *box = field(param.control, ch);
+                if (!hasChannel(param, ch)) continue;
+                QLineEdit *box = paramField(param, ch);
                 if (!Acceptable(param, box->text())) {
                     if (param.kind == FieldKind::Flag && m_spec.flagRefillPlain)
                         box->setText(cellOf(param, ch));
@@ -371,7 +408,7 @@ void CardView::ViewDownload() {
                         ShowParam(param, ch, cellOf(param, ch));
                     continue;
                 }
-                const QString reply = WriteValue(pass.group, param.item(ch), box->text());
+                const QString reply = WriteValue(group, param.item(ch), box->text());
                 // A flag shows what the card echoed; other fields keep what was typed.
                 if (param.kind == FieldKind::Flag) ShowFlag(box, ValueAfterColon(reply));
                 cellOf(param, ch) = box->text();
@@ -379,6 +416,7 @@ void CardView::ViewDownload() {
             if (pass.progress) SetProgress(pass.progress(ch));
         }
     }
+    DownloadTail();
     CloseProgress();
 }
 
@@ -404,17 +442,25 @@ bool CardView::ReadLiveValues(QStringList &values) {
 void CardView::LinkLostDuringCycle() {
     if (!IsConnected) return;
     People::message("Uploading incomplete", "Uploading", People::Icon::Stop);
+    if (m_spec.stopOnLinkLoss) {
+        WaitForTimer->stop();
+        CycleActive = false;
+    }
     DisconnectRack();
+}
+
+void CardView::ClearValueBoxes() {
+    for (int ch = 1; ch <= m_spec.channels; ++ch) {
+        valueBox(ch)->clear();
+        valueBox(ch)->repaint();
+    }
 }
 
 void CardView::procCycDataRead() {
     AddressCard();
     QStringList values;
     if (!ReadLiveValues(values)) return;
-    for (int ch = 1; ch <= m_spec.channels; ++ch) {
-        valueBox(ch)->clear();
-        valueBox(ch)->repaint();
-    }
+    ClearValueBoxes();
     Clock::pause(m_spec.pauseMs);
     for (int ch = 1; ch <= m_spec.channels; ++ch)
         valueBox(ch)->setText(ValueText(values.at(ch - 1)));
@@ -423,5 +469,5 @@ void CardView::procCycDataRead() {
 void CardView::ViewRefresh() {
     for (const ParamSpec &param : m_spec.params)
         for (int ch = 1; ch <= m_spec.channels; ++ch)
-            ShowParam(param, ch, cellOf(param, ch));
+            if (hasChannel(param, ch)) ShowParam(param, ch, cellOf(param, ch));
 }

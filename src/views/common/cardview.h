@@ -2,6 +2,7 @@
 
 #include "rack/cardtable.h"
 #include "rack/limits.h"
+#include "rack/textroutines.h"
 #include "ui/viewbuilders.h"
 #include "ui/viewregistry.h"
 
@@ -44,9 +45,21 @@ struct ParamSpec {
     std::optional<Limit> limit;
     QString rangeMessage;
     bool selectOnFocus = true; // the field selects its whole text when it gets the focus
+    // The field exists on the first `channels` channels only; 0: on all of them.
+    int channels = 0;
+    // One field for the whole card, named `control` without an index, walked with channel 1.
+    // The default body leaves it out: the view places it.
+    bool perCard = false;
+    // Walked in a run of its own after the parameters before it, in a group that is already
+    // open (the flags after the bases of group 02).
+    bool ownPass = false;
+    // What a Download asks of this field, where it differs from the view's rule.
+    std::optional<Acceptance> acceptance = std::nullopt;
+    // The key filter where it differs from the kind's; a null filter is none.
+    std::optional<KeyFilter> keyFilter = std::nullopt;
 };
 
-// One run of a worker over all channels: the parameters it moves for each channel, in order, all
+// One run of a worker over the channels: the parameters it moves for each channel, in order, all
 // of one group.
 struct PassSpec {
     QString group;
@@ -54,6 +67,7 @@ struct PassSpec {
     // Writes the group's item 01 first; a later run in a group already open need not.
     bool opensGroup = true;
     std::function<int(int ch)> progress; // the bar after channel ch; none: it stays
+    int channels = 0;                    // channels walked; 0: all of the view's
 };
 
 // A card family's view, declared as data: the common class walks it.
@@ -85,6 +99,10 @@ struct ViewSpec {
     QList<PassSpec> passPlan;
     // Read-only columns after the value column, which the family fills (a percentage, a type).
     QList<ViewBuilders::GridColumn> extraColumns;
+    // A caption over the values and the extra columns after them, where they belong together.
+    QString valueGroupCaption;
+    // A cycle that loses the line also stops the view's timer.
+    bool stopOnLinkLoss = false;
     // An empty flag field is refilled from ChParam as plain text rather than through ShowFlag.
     bool flagRefillPlain = false;
     // Entering reads the version first and starts the cycle last.
@@ -117,6 +135,8 @@ public:
     const ViewSpec &plan() const { return m_spec; }
     // The field of `control` for channel `ch`, by its objectName.
     QLineEdit *field(const QString &control, int ch) const;
+    // The field of a parameter for channel `ch` (the card's own field for a per-card one).
+    QLineEdit *paramField(const ParamSpec &param, int ch) const;
     QLineEdit *valueBox(int ch) const;
 
     bool DownloadPending = false;
@@ -152,16 +172,29 @@ protected:
     // Builds the body under the header; the default is one channel grid of all parameters
     // and the value boxes.
     virtual void buildBody(QVBoxLayout *layout);
+    // Select-all and the key filters on every parameter field, as the plan says; a body of the
+    // family's own calls it once its fields exist.
+    void InstallFieldBehaviour();
 
     CardRecord &record() const { return CardTable(CardNo); }
-    QString &cellOf(const ParamSpec &param, int ch) const;
-    // Groups of the parameters, in order of first appearance: the passes of Upload and Download.
+    virtual QString &cellOf(const ParamSpec &param, int ch) const;
+    // The group a plan's group is read and written in; some families pick it by model.
+    virtual QString wireGroup(const QString &group) const { return group; }
+    static bool hasChannel(const ParamSpec &param, int ch);
+    int channelsOf(const PassSpec &pass) const {
+        return pass.channels > 0 ? pass.channels : m_spec.channels;
+    }
+    // Groups of the runs, in order: the passes of Upload and Download.
     QStringList passes() const;
     void setPassProgress(int pass, int ch) const;
-    // The runs of Upload and Download; a family whose runs depend on the model overrides it.
+    // The runs of Upload and Download: the plan's, or else one a group in order of first
+    // appearance, and one more for each parameter that asks for a run of its own. A family
+    // whose runs depend on the model overrides it.
     virtual QList<PassSpec> workerPasses() const;
-    // The end of an Upload, before the progress dialog closes: reads a family adds.
+    // The ends of an Upload and a Download, before the progress dialog closes: what a family
+    // adds.
     virtual void UploadTail() {}
+    virtual void DownloadTail() {}
 
     void AddressCard();
     void OpenGroup(const QString &group);
@@ -170,6 +203,8 @@ protected:
     // Reads the live values; returns false when a reply was empty (already handled).
     bool ReadLiveValues(QStringList &values);
     void LinkLostDuringCycle();
+    // Clears each value box and repaints it at once, so the blink shows.
+    void ClearValueBoxes();
     void CopyHeaderToRecord();
     void ShowParam(const ParamSpec &param, int ch, const QString &text);
     QString ValueText(const QString &reply) const;

@@ -257,7 +257,7 @@ private slots:
     void blockAnswers() {
         HartDesk h;
         SimCard &card = h.sim.rack.slot(kSlot);
-        card.command = [next = card.command](SimCard &c, const QString &g, const QString &i,
+        card.onData = [next = card.onData](SimCard &c, const QString &g, const QString &i,
                                              const QString &data,
                                              qint64 ms) -> std::optional<QString> {
             if (g == "01" && i == "37") return QString("D%1NG").arg(data); // refused
