@@ -135,8 +135,8 @@ void CardView::buildBody(QVBoxLayout *layout) {
         if (!param.perCard)
             columns.append({param.control, param.caption, param.groupCaption,
                             param.kind == FieldKind::Flag ? 2 : 7, false, false, param.channels});
-    ViewBuilders::GridColumn values{m_spec.valueControl, "Value", m_spec.valueGroupCaption, 9,
-                                    true, !m_spec.valueArray};
+    ViewBuilders::GridColumn values{m_spec.valueControl, "Value", m_spec.valueGroupCaption, 9, true,
+                                    !m_spec.valueArray};
     columns.append(values);
     columns.append(m_spec.extraColumns);
     auto *box = new QWidget(this);
@@ -218,6 +218,8 @@ void CardView::OpenView(const QString &model) {
 void CardView::SetScaleMinMax(const QString &) {
     DownloadPending = false;
     UploadPending = false;
+    ClearPending = false;
+    PresetPending = false;
     CycleActive = true;
     ViewRefresh();
     WaitForTimer_Timer();
@@ -231,6 +233,16 @@ void CardView::cmdUp_Click() {
 void CardView::cmdDown_Click() {
     WaitForTimer->setInterval(Clock::ms(10));
     DownloadPending = true;
+}
+
+void CardView::CmdClear_Click() {
+    WaitForTimer->setInterval(Clock::ms(10));
+    ClearPending = true;
+}
+
+void CardView::cmdPreset_Click() {
+    WaitForTimer->setInterval(Clock::ms(10));
+    PresetPending = true;
 }
 
 void CardView::WaitForTimer_Timer() {
@@ -250,6 +262,12 @@ void CardView::ViewTick() {
     } else if (UploadPending) {
         UploadPending = false;
         ViewUpload();
+    } else if (ClearPending) {
+        ClearPending = false;
+        ViewClear();
+    } else if (PresetPending) {
+        PresetPending = false;
+        ViewPreset();
     } else {
         procCycDataRead();
     }
@@ -288,7 +306,7 @@ QList<PassSpec> CardView::workerPasses() const {
             joined = &runs.last();
         }
         joined->params.append(param);
-        const int channels = param.perCard         ? 1
+        const int channels = param.perCard        ? 1
                              : param.channels > 0 ? qMin(param.channels, m_spec.channels)
                                                   : m_spec.channels;
         joined->channels = qMax(joined->channels, channels);

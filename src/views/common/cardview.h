@@ -142,6 +142,10 @@ public:
     bool DownloadPending = false;
     bool UploadPending = false;
     bool CycleActive = false;
+    // The third requests of the views that have them (Clear, Preset): after Download and
+    // Upload, before the live read, one request a tick.
+    bool ClearPending = false;
+    bool PresetPending = false;
 
     QGroupBox *fraSetModel;
     QLineEdit *txtCardType;
@@ -154,12 +158,17 @@ public:
 public slots:
     void cmdUp_Click();
     void cmdDown_Click();
+    // What a view's Clear and Preset buttons do: the flag, and the next tick soon.
+    void CmdClear_Click();
+    void cmdPreset_Click();
     void WaitForTimer_Timer();
 
 protected:
     virtual void ViewTick();
     virtual void ViewUpload();
     virtual void ViewDownload();
+    virtual void ViewClear() {}
+    virtual void ViewPreset() {}
     virtual void procCycDataRead();
     virtual void ViewRefresh();
     // The range check before a Download; shows its message and returns false on failure.

@@ -94,36 +94,6 @@ QString PulseView::WriteItem(const QString &group, int item, const QString &data
     return WriteData(m_spec.retries, group, ItemText(item), data);
 }
 
-void PulseView::SetScaleMinMax(const QString &model) {
-    ClearPending = false;
-    PresetPending = false;
-    CardView::SetScaleMinMax(model);
-}
-
-void PulseView::CmdClear_Click() {
-    WaitForTimer->setInterval(Clock::ms(10));
-    ClearPending = true;
-}
-
-void PulseView::cmdPreset_Click() {
-    WaitForTimer->setInterval(Clock::ms(10));
-    PresetPending = true;
-}
-
-// Clear and Preset come after Download and Upload, before the live read; one request a tick.
-void PulseView::ViewTick() {
-    const bool requestsFirst = isVisible() && !CardSelFocus && !DownloadPending && !UploadPending;
-    if (requestsFirst && ClearPending) {
-        ClearPending = false;
-        ViewClear();
-    } else if (requestsFirst && PresetPending) {
-        PresetPending = false;
-        ViewPreset();
-    } else {
-        CardView::ViewTick();
-    }
-}
-
 QLineEdit *PulseView::box(const ParamSpec &param, int ch) const {
     return ch == 0 ? findChild<QLineEdit *>(param.control) : field(param.control, ch);
 }
@@ -397,7 +367,7 @@ void FrmQZ4A::OpenView(const QString &model) {
 
 void FrmQZ4A::SetScaleMinMax(const QString &model) {
     CheckClear->setChecked(true);
-    PulseView::SetScaleMinMax(model);
+    CardView::SetScaleMinMax(model);
 }
 
 double FrmQZ4A::versionNumber() const {
@@ -454,7 +424,7 @@ QLineEdit *CounterView::presetBox(int n) const {
 void CounterView::SetScaleMinMax(const QString &model) {
     for (int n = 1; n <= m_spec.channels; ++n)
         if (QLineEdit *preset = presetBox(n)) preset->clear();
-    PulseView::SetScaleMinMax(model);
+    CardView::SetScaleMinMax(model);
 }
 
 void CounterView::buildBody(QVBoxLayout *layout) {

@@ -55,10 +55,6 @@ class PulseView : public CardView {
 public:
     explicit PulseView(PulseSpec plan, QWidget *parent = nullptr);
 
-    void SetScaleMinMax(const QString &model) override;
-
-    bool ClearPending = false;
-    bool PresetPending = false;
     QPushButton *CmdClear = nullptr;
     QPushButton *cmdPreset = nullptr;
 
@@ -70,20 +66,13 @@ public:
     // A field of a channel (ch >= 1) or one of the common fields (ch = 0).
     QLineEdit *box(const ParamSpec &param, int ch) const;
 
-public slots:
-    void CmdClear_Click();
-    void cmdPreset_Click();
-
 protected:
-    void ViewTick() override;
     void ViewUpload() override;
     void ViewDownload() override;
     void procCycDataRead() override;
     void ViewRefresh() override;
     void buildBody(QVBoxLayout *layout) override;
 
-    virtual void ViewClear() {}
-    virtual void ViewPreset() {}
     // False for a field the card's version does not have: Upload shows "0" and Download
     // empties its cell, neither with an exchange.
     virtual bool Exchanged(const ParamSpec &) const { return true; }

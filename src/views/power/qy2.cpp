@@ -334,26 +334,6 @@ void FrmQY2::KeyCaloriePreset(QLineEdit *box, int &key) {
     KeyUnsigned(box, key);
 }
 
-void FrmQY2::SetScaleMinMax(const QString &model) {
-    PresetPending = false;
-    CardView::SetScaleMinMax(model);
-}
-
-void FrmQY2::cmdPreset_Click() {
-    WaitForTimer->setInterval(Clock::ms(10));
-    PresetPending = true;
-}
-
-// Preset comes after Download and Upload and before the live pass.
-void FrmQY2::ViewTick() {
-    if (PresetPending && isVisible() && !CardSelFocus && !DownloadPending && !UploadPending) {
-        PresetPending = false;
-        ViewPreset();
-        return;
-    }
-    CardView::ViewTick();
-}
-
 void FrmQY2::ViewRefresh() {
     for (int e = 1; e <= 2; ++e)
         for (const Setting &setting : kSettings)

@@ -29,22 +29,16 @@ class FrmQY2 : public CardView {
 public:
     explicit FrmQY2(QWidget *parent = nullptr);
 
-    void SetScaleMinMax(const QString &model) override;
     // A field by its full objectName ("txtFlowVal1", "txtTotalCCal2p", "txtGain(2)").
     QLineEdit *named(const QString &objectName) const;
 
-    bool PresetPending = false;
     QPushButton *cmdPreset = nullptr;
-
-public slots:
-    void cmdPreset_Click();
 
 protected:
     void buildBody(QVBoxLayout *layout) override;
-    void ViewTick() override;
     void ViewUpload() override;
     void ViewDownload() override;
-    void ViewPreset();
+    void ViewPreset() override;
     void procCycDataRead() override;
     void ViewRefresh() override;
 

@@ -180,7 +180,6 @@ int PowerTransducerView::itemOf(const XdField &field) const {
 }
 
 void PowerTransducerView::SetScaleMinMax(const QString &model) {
-    ClearPending = false;
     ApplyModelRules(model);
     CardView::SetScaleMinMax(model);
 }
@@ -193,21 +192,6 @@ void PowerTransducerView::ApplyModelRules(const QString &model) {
         label->setText(m_otherCurrent ? "U/T" : "U");
     for (QLineEdit *box : m_secondaryCurrent)
         box->setVisible(!m_otherCurrent);
-}
-
-void PowerTransducerView::CmdClear_Click() {
-    WaitForTimer->setInterval(Clock::ms(10));
-    ClearPending = true;
-}
-
-// Clear comes after Download and Upload and before the live pass.
-void PowerTransducerView::ViewTick() {
-    if (ClearPending && isVisible() && !CardSelFocus && !DownloadPending && !UploadPending) {
-        ClearPending = false;
-        ViewClear();
-        return;
-    }
-    CardView::ViewTick();
 }
 
 void PowerTransducerView::ViewRefresh() {

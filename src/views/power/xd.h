@@ -35,7 +35,6 @@ struct XdPlan {
 class PowerTransducerView : public CardView {
     Q_OBJECT
 public:
-    bool ClearPending = false;
     QPushButton *CmdClear = nullptr;
 
     void SetScaleMinMax(const QString &model) override;
@@ -44,16 +43,12 @@ public:
     // The field of a control by its full objectName.
     QLineEdit *named(const QString &objectName) const;
 
-public slots:
-    void CmdClear_Click();
-
 protected:
     PowerTransducerView(ViewSpec spec, XdPlan plan, QWidget *parent);
 
-    void ViewTick() override;
     void ViewUpload() override;
     void ViewDownload() override;
-    void ViewClear();
+    void ViewClear() override;
     void procCycDataRead() override;
     void ViewRefresh() override;
 
