@@ -446,6 +446,8 @@ void FrmVxCfg::EndProgram() {
     m_ending = true;
     SerialLine *line = Link::port();
     if (line && line->isOpen()) line->close();
+    // A view's live read under way finds the port closed: with no session left it says nothing.
+    IsConnected = false;
     IsMonitoring = false;
     IntervalTimerOff();
     WaitForTimer->stop();

@@ -229,6 +229,17 @@ private slots:
             QVERIFY(!d.sim.line->isOpen());
             QVERIFY(d.sim.rack.commands().isEmpty());
         }
+        {
+            // Closed while a view's live read waits for the rack: the read ends without a word.
+            vxtest::CardDesk d("QF8", 8);
+            const int watch = Link::addTrafficObserver([&d](Link::Traffic kind, const QString &) {
+                if (kind == Link::Traffic::Sent)
+                    QTimer::singleShot(0, d.window.get(), [&d] { d.window->close(); });
+            });
+            QTRY_COMPARE(d.ended, 1);
+            Link::removeTrafficObserver(watch);
+            QVERIFY(d.messages.messages.isEmpty());
+        }
     }
 };
 
