@@ -228,23 +228,27 @@ public:
         box->setAcceptDrops(false);
     }
 
+    // The box is asked only for the events filtered here: others come too while it is being
+    // destroyed and no longer a line edit (the focus leaving it).
     bool eventFilter(QObject *watched, QEvent *event) override {
-        if (watched != m_box || m_box->isReadOnly()) return false;
+        if (watched != m_box) return false;
         switch (event->type()) {
         case QEvent::KeyPress:
-            return keyPress(static_cast<QKeyEvent *>(event));
+            return editable() && keyPress(static_cast<QKeyEvent *>(event));
         case QEvent::InputMethod:
-            return inputMethod(static_cast<QInputMethodEvent *>(event));
+            return editable() && inputMethod(static_cast<QInputMethodEvent *>(event));
         case QEvent::ContextMenu:
-            return contextMenu(static_cast<QContextMenuEvent *>(event));
+            return editable() && contextMenu(static_cast<QContextMenuEvent *>(event));
         case QEvent::MouseButtonRelease:
-            return middleClick(static_cast<QMouseEvent *>(event));
+            return editable() && middleClick(static_cast<QMouseEvent *>(event));
         default:
             return false;
         }
     }
 
 private:
+    bool editable() const { return !m_box->isReadOnly(); }
+
     bool keyPress(QKeyEvent *event) {
         if (event->matches(QKeySequence::Paste)) {
             paste(QClipboard::Clipboard);

@@ -159,7 +159,7 @@ struct CardDesk : Desk {
 
     // Clicks a command of the view and waits until its worker has run and the cycle is back.
     // A long worker on a loaded machine may need more than the default time.
-    void runWorker(QPushButton *button, int timeoutMs = 5000) {
+    void runWorker(QPushButton *button, int timeoutMs = 20000) {
         sim.rack.clearTranscript();
         button->click();
         QTRY_VERIFY_WITH_TIMEOUT(
