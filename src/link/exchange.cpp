@@ -57,7 +57,11 @@ template <typename Attempt> QString retry(int retries, Attempt attempt) {
     return result;
 }
 
+int stepsUnderWay = 0;
+
 } // namespace
+
+bool StepUnderWay() { return stepsUnderWay > 0; }
 
 void SendRecv(const QString &command, QString &reply) {
     reply.clear();
@@ -69,6 +73,7 @@ void SendRecv(const QString &command, QString &reply) {
     }
 
     IntervalTimerOn(3000);
+    ++stepsUnderWay;
     Link::notifyTraffic(Link::Traffic::Sent, command);
     line->write(command.toLatin1());
 
@@ -105,6 +110,7 @@ void SendRecv(const QString &command, QString &reply) {
     } else {
         Link::notifyTraffic(Link::Traffic::NoReply, QString());
     }
+    --stepsUnderWay;
     IntervalTimerOff();
 }
 

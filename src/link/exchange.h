@@ -18,6 +18,10 @@ QString SendLine(const QString &command);
 // The step proper: `reply` gets the reply without its CR, or the empty text.
 void SendRecv(const QString &command, QString &reply);
 
+// True while a step waits for its reply. Whatever runs from a timer in that wait (a view's
+// tick) must keep off the line: one line carries one step at a time.
+bool StepUnderWay();
+
 // The text without blanks at either end (only blanks; other characters are data).
 QString TrimBlanks(const QString &text);
 

@@ -312,6 +312,16 @@ private slots:
                  qPrintable(QString::number(clock.elapsed())));
     }
 
+    // On a slow rack (every reply two ticks late) a tick that falls while the opening's
+    // exchanges wait keeps off the line instead of talking over them.
+    void slowRackIsNotTalkedOver() {
+        ScannedRack rack;
+        rack.sim.rack.addFault({SimFault::Delay, QString(), -1, 1000});
+        QVERIFY(openQF8(rack));
+        QVERIFY(IsConnected);
+        QVERIFY(rack.messages.messages.isEmpty());
+    }
+
     void cleanup() { CardSelFocus = false; }
 };
 

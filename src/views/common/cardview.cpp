@@ -246,6 +246,12 @@ void CardView::cmdPreset_Click() {
 }
 
 void CardView::WaitForTimer_Timer() {
+    // A tick that falls while another exchange waits for its reply (the opening's, on a slow
+    // rack) comes again a tick later rather than talk over it.
+    if (StepUnderWay()) {
+        WaitForTimer->start(Clock::ms(m_spec.tickMs));
+        return;
+    }
     WaitForTimer->stop();
     ViewTick();
     if (KeepTicking()) WaitForTimer->start(Clock::ms(m_spec.tickMs));
