@@ -4,6 +4,7 @@
 #include "comm/frmether.h"
 #include "comm/frmzb.h"
 #include "comm/frmzkfd.h"
+#include "comm/wireless.h"
 #include "rack/overview.h"
 #include "ui/viewregistry.h"
 #include "views/analog/current.h"
@@ -62,6 +63,9 @@ void RegisterAllViews() {
     RegisterView("frmEther", [] { return new FrmEther; });
     RegisterView("frmZB", [] { return new FrmZB; });
     RegisterView("frmZKFD", [] { return new FrmZKFD; });
+    RegisterView("frmZRV", [] { return MakeFrmZRV(); });
+    RegisterView("frmZRV1F", [] { return MakeFrmZRV1F(); });
+    RegisterView("frmZQ", [] { return MakeFrmZQ(); });
     RegisterView("frmXDU", [] { return new FrmXDU; });
     RegisterView("frmXHK2", [] { return new FrmXHK2; });
     RegisterView("frmXG4", [] { return new FrmXG4; });
