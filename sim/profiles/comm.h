@@ -6,6 +6,6 @@
 // name with a status behind a colon, the communication time, the sixteen direct outputs, the
 // fieldbus activate delay switch), and on top what the Ethernet cards ("VX-ZT...", the IP face
 // "VX-ZTIP..."), the network-variable cards ("VX-ZB1", "VX-ZB2") and the CC-Link IE cards
-// ("VX-ZKFD1", "VX-ZKFD1W") keep. Any other model gets the common part alone. Install after the
+// ("VX-ZKFD1", "VX-ZKFD1W") and the wireless cards ("VX-ZQ1", "VX-ZRV...") keep. Any other model gets the common part alone. Install after the
 // model is set; the card's own model and version stay as they are.
 void InstallCommProfile(SimCard &card);
