@@ -1,5 +1,6 @@
 #include "profiles/comm.h"
 
+#include "profiles/gateway.h"
 #include "profiles/support.h"
 #include "profiles/wireless.h"
 
@@ -135,6 +136,7 @@ const CommRow kCommProfiles[] = {
     {{"VX-ZB1", "VX-ZB2"}, false, installNetworkVariable},
     {{"VX-ZKFD"}, true, installCcLink},
     {{"VX-ZRV", "VX-ZQ1"}, false, InstallWirelessCommProfile},
+    {{"VX-HLINK"}, false, InstallGatewayCommProfile},
 };
 
 } // namespace

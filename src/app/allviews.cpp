@@ -2,6 +2,7 @@
 
 #include "comm/frmcomm.h"
 #include "comm/frmether.h"
+#include "comm/frmhlink.h"
 #include "comm/frmzb.h"
 #include "comm/frmzkfd.h"
 #include "comm/wireless.h"
@@ -66,6 +67,7 @@ void RegisterAllViews() {
     RegisterView("frmZRV", [] { return MakeFrmZRV(); });
     RegisterView("frmZRV1F", [] { return MakeFrmZRV1F(); });
     RegisterView("frmZQ", [] { return MakeFrmZQ(); });
+    RegisterView("frmHLINK", [] { return new FrmHLINK; });
     RegisterView("frmXDU", [] { return new FrmXDU; });
     RegisterView("frmXHK2", [] { return new FrmXHK2; });
     RegisterView("frmXG4", [] { return new FrmXG4; });
