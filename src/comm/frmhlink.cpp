@@ -372,11 +372,12 @@ bool FrmHLINK::ParseEntry(int r, const QString &text) {
     const QStringList fields = text.split(QLatin1Char(','));
     EntryRow &row = rows.at(size_t(r));
     const QString code = fields.at(0).right(2);
-    row.rowDeviceCode = code;
     QString address = fields.at(1);
     if (address.startsWith(QLatin1String("0x"), Qt::CaseInsensitive)) address = address.mid(2);
     const QString type = fields.at(2).left(2);
+    // The list follows the type first; the entry's own device then stands over its first one.
     setRowType(r, type);
+    row.rowDeviceCode = code;
 
     // The table's radix overrides the address's prefix; a code it lacks is device "0".
     QString name = QStringLiteral("0");

@@ -77,10 +77,10 @@ QString Compose(const Settings &settings, QStringList &lines) {
 }
 
 QString Parse(const QString &text, Settings &settings) {
-    // Empty lines are values here (a device never chosen), so none is skipped; blank lines after
-    // the last one are no harm.
+    // Empty lines are values here (a device never chosen), so none is skipped; but the last
+    // line is a text in quotes, so blank lines after it are no harm.
     QList<TextFile::Line> lines = TextFile::lines(text, false);
-    while (lines.size() > kLines && lines.last().text.trimmed().isEmpty())
+    while (!lines.isEmpty() && lines.last().text.trimmed().isEmpty())
         lines.removeLast();
     if (lines.isEmpty()) return Comm::BrokenLine(kKind, 1, QStringLiteral("is missing"));
     Settings read;

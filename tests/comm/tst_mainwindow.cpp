@@ -41,7 +41,8 @@ private slots:
               "x"},
              {"ZRV", "VX-ZRV1", "cmdSpecialSetting", "frmZRV", "wirNetWork", "PLANT-A", "x"},
              {"ZRV1F", "VX-ZRV1F", "cmdSpecialSetting", "frmZRV1F", "wirPANID", "1A2B", "x"},
-             {"ZQ1", "VX-ZQ1", "cmdSpecialSetting", "frmZQ", "wirShortAddress", "0001", "x"}});
+             {"ZQ1", "VX-ZQ1", "cmdSpecialSetting", "frmZQ", "wirShortAddress", "0001", "x"},
+             {"HLINK", "VX-HLINK1", "cmdSpecialSetting", "frmHLINK", "PortNo", "5007", "x"}});
     }
     void dialogsOpenFromTheirCommand() {
         QFETCH(QString, model);
