@@ -3,6 +3,7 @@
 #include "comm/frmcomm.h"
 #include "comm/frmether.h"
 #include "comm/frmhlink.h"
+#include "comm/gatewaymonitor.h"
 #include "comm/frmzb.h"
 #include "comm/frmzkfd.h"
 #include "comm/wireless.h"
@@ -68,6 +69,8 @@ void RegisterAllViews() {
     RegisterView("frmZRV1F", [] { return MakeFrmZRV1F(); });
     RegisterView("frmZQ", [] { return MakeFrmZQ(); });
     RegisterView("frmHLINK", [] { return new FrmHLINK; });
+    RegisterView("frmHLINKdata", [] { return new FrmHLINKdata; });
+    RegisterView("frmHx", [] { return new FrmHx; });
     RegisterView("frmXDU", [] { return new FrmXDU; });
     RegisterView("frmXHK2", [] { return new FrmXHK2; });
     RegisterView("frmXG4", [] { return new FrmXG4; });
