@@ -2,6 +2,8 @@
 #include "comm/commrack.h"
 
 #include "comm/gatewaymonitor.h"
+#include "rack/monitor.h"
+#include "rack/overview.h"
 #include "ui/widgets.h"
 
 #include <QGroupBox>
@@ -128,6 +130,28 @@ private slots:
         QCOMPARE(view->hexIdx[0]->text(), first);
         QCOMPARE(view->hexIdx[15]->text(), last);
         QTRY_VERIFY(d.sent().contains("I25"));
+    }
+
+    // On the overview an "HLINK1" entry keeps its value as it comes; other gateway slots lose
+    // the dot and show only the input.
+    void overviewRows() {
+        vxtest::SimSession s;
+        vxtest::MessageRecorder m;
+        for (int slot = 1; slot <= kSlots; ++slot)
+            CardTable(slot).CardName = "NONE";
+        const char *models[] = {"HLINK101", "HLINK201", "HX1603"};
+        for (int slot = 1; slot <= 3; ++slot) {
+            CardTable(slot).CardName = models[slot - 1];
+            vxtest::putCard(s.rack, slot, models[slot - 1]).live =
+                [](const QString &, const QString &item, qint64) -> std::optional<QString> {
+                return "D" + item + ":-7.5,3";
+            };
+        }
+        QVERIFY(ReadOverview());
+        QCOMPARE(Overview()->lblInputDataCh(1, 8)->text(), QString("-7.5,3"));
+        QCOMPARE(Overview()->lblInputDataCh(2, 8)->text(), QString("-75"));
+        QCOMPARE(Overview()->lblInputDataCh(3, 1)->text(), QString("-75"));
+        QVERIFY(m.messages.isEmpty());
     }
 
     // A view that is left stops at its next tick and does not arm its timer again.
