@@ -4,6 +4,7 @@
 #include "profiles/calorie.h"
 #include "profiles/current.h"
 #include "profiles/field.h"
+#include "profiles/gateway.h"
 #include "profiles/millivolt.h"
 #include "profiles/multipower.h"
 #include "profiles/power.h"
@@ -163,6 +164,8 @@ const ProfileRow kProfiles[] = {
     {{"XF2"}, InstallXF2Profile},
     {{"XHK"}, InstallMotorActuatorProfile},
     {{"XG4"}, InstallHartInputProfile},
+    {{"HLINK"}, InstallGatewayEntryProfile},
+    {{"H"}, InstallGatewaySlotProfile},
 };
 
 } // namespace

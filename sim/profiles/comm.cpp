@@ -1,6 +1,8 @@
 #include "profiles/comm.h"
 
+#include "profiles/gateway.h"
 #include "profiles/support.h"
+#include "profiles/wireless.h"
 
 #include <array>
 #include <memory>
@@ -133,6 +135,8 @@ const CommRow kCommProfiles[] = {
     {{"VX-ZT", "VX-HR", "ZOKAR"}, false, installEthernet},
     {{"VX-ZB1", "VX-ZB2"}, false, installNetworkVariable},
     {{"VX-ZKFD"}, true, installCcLink},
+    {{"VX-ZRV", "VX-ZQ1"}, false, InstallWirelessCommProfile},
+    {{"VX-HLINK"}, false, InstallGatewayCommProfile},
 };
 
 } // namespace

@@ -2,8 +2,11 @@
 
 #include "comm/frmcomm.h"
 #include "comm/frmether.h"
+#include "comm/frmhlink.h"
+#include "comm/gatewaymonitor.h"
 #include "comm/frmzb.h"
 #include "comm/frmzkfd.h"
+#include "comm/wireless.h"
 #include "rack/overview.h"
 #include "ui/viewregistry.h"
 #include "views/analog/current.h"
@@ -62,6 +65,12 @@ void RegisterAllViews() {
     RegisterView("frmEther", [] { return new FrmEther; });
     RegisterView("frmZB", [] { return new FrmZB; });
     RegisterView("frmZKFD", [] { return new FrmZKFD; });
+    RegisterView("frmZRV", [] { return MakeFrmZRV(); });
+    RegisterView("frmZRV1F", [] { return MakeFrmZRV1F(); });
+    RegisterView("frmZQ", [] { return MakeFrmZQ(); });
+    RegisterView("frmHLINK", [] { return new FrmHLINK; });
+    RegisterView("frmHLINKdata", [] { return new FrmHLINKdata; });
+    RegisterView("frmHx", [] { return new FrmHx; });
     RegisterView("frmXDU", [] { return new FrmXDU; });
     RegisterView("frmXHK2", [] { return new FrmXHK2; });
     RegisterView("frmXG4", [] { return new FrmXG4; });

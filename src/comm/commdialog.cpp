@@ -8,6 +8,7 @@
 #include "ui/widgets.h"
 
 #include <QApplication>
+#include <QDir>
 #include <QFocusEvent>
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -41,6 +42,10 @@ bool ReadRequired(const QString &group, const QString &item, QString &value, int
     const QString reply = ReadData(retries, group, item);
     value = ValueAfterColon(reply);
     return !reply.isEmpty();
+}
+
+bool WriteSetting(const QString &group, const QString &item, const QString &data, int retries) {
+    return !WriteData(retries, group, item, data).isEmpty() || data.isEmpty();
 }
 
 void ShowIncomplete(Transfer transfer, bool endSession) {
@@ -83,6 +88,62 @@ void KeyDigits(QLineEdit *, int &key) {
     constexpr int kCode16 = 16;
     const bool digit = key >= '0' && key <= '9';
     if (!digit && key != kBackspaceKey && key != kCode16) key = 0;
+}
+
+void KeyHex(QLineEdit *, int &key) {
+    constexpr int kCode16 = 16;
+    const bool digit = (key >= '0' && key <= '9') || (key >= 'A' && key <= 'F');
+    if (!digit && key != kBackspaceKey && key != kCode16) key = 0;
+}
+
+bool IsHexText(const QString &text) {
+    if (text.isEmpty()) return false;
+    for (const QChar c : text) {
+        const char16_t u = c.unicode();
+        if (!((u >= u'0' && u <= u'9') || (u >= u'A' && u <= u'F') || (u >= u'a' && u <= u'f')))
+            return false;
+    }
+    return true;
+}
+
+QString SettingsFileFilter(const QString &extension) {
+    // "All Files" is "*": a pattern with a dot would hide files without one outside Windows.
+    return QStringLiteral("%1 Files (*.%1);;Text Files (*.txt);;All Files (*)").arg(extension);
+}
+
+QString QuotedLine(const QString &text, const QString &caption, QString &line) {
+    for (const QChar c : text)
+        if (c == QLatin1Char('"') || c < QLatin1Char(' ') || c == QChar(0x7f))
+            return QStringLiteral("\"%1\" holds a character that a settings file cannot keep.")
+                .arg(caption);
+    line = QLatin1Char('"') + text + QLatin1Char('"');
+    return {};
+}
+
+bool UnquoteLine(const QString &line, QString &text) {
+    const QString field = line.trimmed();
+    if (field.size() < 2 || !field.startsWith(QLatin1Char('"')) ||
+        !field.endsWith(QLatin1Char('"')))
+        return false;
+    const QString inner = field.mid(1, field.size() - 2);
+    if (inner.contains(QLatin1Char('"'))) return false;
+    text = inner;
+    return true;
+}
+
+bool BareNumberLine(const QString &line, int low, int high, int &value) {
+    const QString field = line.trimmed();
+    if (!NumberInRange(field, low, high)) return false;
+    value = field.toInt();
+    return true;
+}
+
+QString FileFault(const QString &path, const QString &reason) {
+    return QStringLiteral("%1\n\n%2").arg(QDir::toNativeSeparators(path), reason);
+}
+
+QString BrokenLine(const QString &kind, int line, const QString &what) {
+    return QStringLiteral("This is not %1, or it is damaged: line %2 %3.").arg(kind).arg(line).arg(what);
 }
 
 namespace {

@@ -40,6 +40,13 @@ QString ReadValue(const QString &group, const QString &item, int retries = 3);
 // a reply with an empty value still counts as an answer.
 bool ReadRequired(const QString &group, const QString &item, QString &value, int retries = 3);
 
+// A setting written as the dialogs write them, with 10 retries, the reply not examined. False
+// only when a write of some data came back empty: the card kept silent or refused it, and what
+// follows would go the same way. (The echo of an empty text is itself empty, so such a write
+// tells nothing.)
+bool WriteSetting(const QString &group, const QString &item, const QString &data,
+                  int retries = 10);
+
 // "Uploading incomplete" or "Downloading incomplete" with the stop icon; `endSession` also ends
 // the session, as a dialog does that lost the card midway.
 enum class Transfer { Upload, Download };
@@ -54,6 +61,28 @@ bool CheckNumber(const QString &text, qint64 low, qint64 high, const QString &me
 
 // Key filter of the number boxes: digits, backspace and the code 16 pass.
 void KeyDigits(QLineEdit *box, int &key);
+// Key filter of the hexadecimal boxes: digits, upper-case "A" to "F", backspace and the code 16.
+void KeyHex(QLineEdit *box, int &key);
+
+// True for a text of hexadecimal digits only (either case), at least one.
+bool IsHexText(const QString &text);
+
+// The settings files of the comm cards: one value a line, a bare number on line 1 and texts in
+// double quotes after it.
+// The file dialog's list for files of `extension` ("zrv"): its own kind first, then text files
+// and all files.
+QString SettingsFileFilter(const QString &extension);
+// A text as a line of a settings file, or the reason it cannot be one: the file has no escape,
+// so a double quote or a control character would break it.
+QString QuotedLine(const QString &text, const QString &caption, QString &line);
+// The text of a line in double quotes (blanks around it allowed); false for any other line.
+bool UnquoteLine(const QString &line, QString &text);
+// True for a bare whole number from `low` to `high` (blanks around it allowed).
+bool BareNumberLine(const QString &line, int low, int high, int &value);
+// The words of a file fault: the file, then what went wrong with it.
+QString FileFault(const QString &path, const QString &reason);
+// What to tell of a file line that does not hold what it should.
+QString BrokenLine(const QString &kind, int line, const QString &what);
 
 // Runs `check` when `box` loses the focus to another control of its window, unless that control
 // is `exitButton`: leaving by Exit must stay possible whatever the box holds. A failed check

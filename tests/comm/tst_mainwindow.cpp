@@ -38,7 +38,11 @@ private slots:
              {"network variable", "VX-ZB2", "cmdSpecialSetting", "frmZB", "txtCardList(1)",
               "BOILER", ""},
              {"CC-Link IE", "VX-ZKFD1W", "cmdSpecialSetting", "frmZKFD", "txbLinkStatus", "UP",
-              "x"}});
+              "x"},
+             {"ZRV", "VX-ZRV1", "cmdSpecialSetting", "frmZRV", "wirNetWork", "PLANT-A", "x"},
+             {"ZRV1F", "VX-ZRV1F", "cmdSpecialSetting", "frmZRV1F", "wirPANID", "1A2B", "x"},
+             {"ZQ1", "VX-ZQ1", "cmdSpecialSetting", "frmZQ", "wirShortAddress", "0001", "x"},
+             {"HLINK", "VX-HLINK1", "cmdSpecialSetting", "frmHLINK", "PortNo", "5007", "x"}});
     }
     void dialogsOpenFromTheirCommand() {
         QFETCH(QString, model);
@@ -87,6 +91,7 @@ private slots:
     // A card whose dialog the program does not have says so, and the button stays usable.
     void aMissingDialogSaysSo() {
         Desk d;
+        RegisterView("frmZRV", [] { return nullptr; });
         putCommCard(d, "VX-ZRV2", "1.00");
         QVERIFY(d.connect(1));
         QCOMPARE(d.window->cmdSpecialSetting->text(), QString("ZRV Setting"));

@@ -100,13 +100,13 @@ CardView::CardView(ViewSpec plan, QWidget *parent) : QWidget(parent), m_spec(std
     txtVerNo = ViewBuilders::valueField(fraSetModel, "txtVerNo", 10);
     for (QLineEdit *box : {txtCardType, txtCardNo, txtVerNo})
         box->setAlignment(Qt::AlignLeft);
-    header->addWidget(ViewBuilders::caption(fraSetModel, "Type"));
+    header->addWidget(ViewBuilders::caption(fraSetModel, m_spec.headerCaptions.value(0)));
     header->addWidget(txtCardType);
     header->addSpacing(12);
-    header->addWidget(ViewBuilders::caption(fraSetModel, "Slot"));
+    header->addWidget(ViewBuilders::caption(fraSetModel, m_spec.headerCaptions.value(1)));
     header->addWidget(txtCardNo);
     header->addSpacing(12);
-    header->addWidget(ViewBuilders::caption(fraSetModel, "Version"));
+    header->addWidget(ViewBuilders::caption(fraSetModel, m_spec.headerCaptions.value(2)));
     header->addWidget(txtVerNo);
     header->addStretch();
     cmdUp = nullptr;

@@ -8,6 +8,7 @@
 
 #include <QList>
 #include <QString>
+#include <QStringList>
 #include <QWidget>
 #include <functional>
 #include <optional>
@@ -107,6 +108,8 @@ struct ViewSpec {
     bool flagRefillPlain = false;
     // Entering reads the version first and starts the cycle last.
     bool versionBeforeCycle = false;
+    // The captions of the header's model, slot and version boxes.
+    QStringList headerCaptions = {"Type", "Slot", "Version"};
 };
 
 // The standard channel layout: four Param cells and one flag a channel.
