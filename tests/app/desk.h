@@ -6,6 +6,7 @@
 #include "app/frmcomport.h"
 #include "app/frmvxcfg.h"
 #include "cardprofiles.h"
+#include "rack/projectfile.h"
 #include "rack/registry.h"
 #include "ui/viewregistry.h"
 #include "views/common/cardview.h"
@@ -16,6 +17,7 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QPushButton>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 #include <memory>
@@ -172,6 +174,23 @@ struct CardDesk : Desk {
             window->cboCardNo->setCurrentIndex(entry);
             window->cboCardNo_Click();
         }
+    }
+
+    // Keeps the rack in a project file, lets the card and its record forget everything, opens
+    // the file again and, unless told not to, enters the view anew: what follows comes from the
+    // file alone.
+    void throughProjectFile(bool enterAgain = true) {
+        QTemporaryDir dir;
+        const QString path = dir.filePath("rack.uJx");
+        People::setFileHandler([&](const People::FileRequest &) { return path; });
+        SaveProjectFile();
+        InstallProfile(sim.rack.slot(slot));
+        const QString name = CardTable(slot).CardName;
+        CardTable(slot) = CardRecord();
+        CardTable(slot).CardName = name;
+        OpenProjectFile();
+        People::setFileHandler({});
+        if (enterAgain) reopen();
     }
 
     // Every live item of the card answers `value`, tagged with its channel as the card tags it.

@@ -1,10 +1,8 @@
 #include "app/desk.h"
 
-#include "rack/projectfile.h"
 #include "rack/textroutines.h"
 #include "views/analog/millivolt.h"
 
-#include <QTemporaryDir>
 
 using vxtest::CardDesk;
 
@@ -208,22 +206,8 @@ private slots:
         const auto original = card.groups;
         rack.runWorker(rack.view->cmdUp);
 
-        QTemporaryDir dir;
-        const QString path = dir.filePath("rack.uJx");
-        People::setFileHandler([&](const People::FileRequest &) { return path; });
-        SaveProjectFile();
-        InstallProfile(card); // the card forgets everything
-        QVERIFY(card.groups != original);
-        CardTable(3) = CardRecord();
-        CardTable(3).CardName = model;
-        OpenProjectFile();
-        People::setFileHandler({});
+        rack.throughProjectFile();
         QCOMPARE(CardTable(3).Param(cell), cellText);
-
-        for (int entry : {0, 3}) {
-            rack.window->cboCardNo->setCurrentIndex(entry);
-            rack.window->cboCardNo_Click();
-        }
         rack.runWorker(rack.view->cmdDown);
         QCOMPARE(card.groups["01"], original["01"]);
         QCOMPARE(card.groups["02"], original["02"]);

@@ -1,10 +1,8 @@
 #include "app/desk.h"
 
-#include "rack/projectfile.h"
 #include "rack/textroutines.h"
 #include "views/analog/voltage.h"
 
-#include <QTemporaryDir>
 
 #include <array>
 
@@ -185,24 +183,11 @@ private slots:
         const auto original = card.groups;
         rack.runWorker(rack.view->cmdUp);
 
-        QTemporaryDir dir;
-        const QString path = dir.filePath("rack.uJx");
-        People::setFileHandler([&](const People::FileRequest &) { return path; });
-        SaveProjectFile();
-        InstallProfile(card); // the card forgets everything
-        for (int k = 1; k <= 64; ++k)
-            CardTable(4).Param(k).clear();
-        OpenProjectFile();
-        People::setFileHandler({});
-        QVERIFY(rack.messages.messages.isEmpty());
-
-        for (int entry : {0, 4}) {
-            rack.window->cboCardNo->setCurrentIndex(entry);
-            rack.window->cboCardNo_Click();
-        }
+        rack.throughProjectFile();
         rack.runWorker(rack.view->cmdDown);
         QCOMPARE(card.groups["01"], original["01"]);
         QCOMPARE(card.groups["02"], original["02"]);
+        QVERIFY(rack.messages.messages.isEmpty());
     }
 };
 

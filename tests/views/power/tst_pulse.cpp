@@ -3,13 +3,11 @@
 #include "profiles/pulse.h"
 #include "rack/monitor.h"
 #include "rack/overview.h"
-#include "rack/projectfile.h"
 #include "ui/widgets.h"
 #include "views/power/pulse.h"
 
 #include <QCheckBox>
 #include <QLabel>
-#include <QTemporaryDir>
 
 using vxtest::CardDesk;
 using vxtest::preamble;
@@ -28,14 +26,6 @@ void request(CardDesk &rack, QPushButton *button) {
     button->click();
     QTRY_VERIFY(!pulse(rack)->ClearPending && !pulse(rack)->PresetPending &&
                 rack.sent().count("G00") >= 3);
-}
-
-// Leaves the view for the overview and back, as a user enters it anew.
-void reenter(CardDesk &rack) {
-    for (int entry : {0, rack.slot}) {
-        rack.window->cboCardNo->setCurrentIndex(entry);
-        rack.window->cboCardNo_Click();
-    }
 }
 
 QStringList numbers(int first, int last) {
@@ -126,7 +116,7 @@ private slots:
         view->CheckClear->setChecked(false);
         rack.runWorker(view->cmdDown);
         QVERIFY(!rack.sent().contains("I09"));
-        reenter(rack);
+        rack.reopen();
         QVERIFY(view->CheckClear->isChecked());
     }
 
@@ -241,7 +231,7 @@ private slots:
         // The counter stands at its preset, which is also its Max.
         QTRY_COMPARE(pulse(rack)->liveBox("txtParData01")->text(), QString("20000"));
         QCOMPARE(rack.messages.messages.size(), 1);
-        reenter(rack);
+        rack.reopen();
         QCOMPARE(view->presetBox(1)->text(), QString());
     }
 
@@ -318,17 +308,8 @@ private slots:
         const auto original = card.groups["01"];
         rack.runWorker(rack.view->cmdUp);
 
-        QTemporaryDir dir;
-        const QString path = dir.filePath("rack.uJx");
-        People::setFileHandler([&](const People::FileRequest &) { return path; });
-        SaveProjectFile();
-        InstallProfile(card); // the card forgets everything
-        for (int k = 1; k <= 64; ++k)
-            CardTable(4).Param(k).clear();
-        OpenProjectFile();
-        People::setFileHandler({});
+        rack.throughProjectFile();
         QVERIFY(rack.messages.messages.isEmpty());
-        reenter(rack);
         rack.runWorker(rack.view->cmdDown);
         for (auto it = original.begin(); it != original.end(); ++it)
             if (!unsent.contains(it.key())) QCOMPARE(card.groups["01"].value(it.key()), it.value());

@@ -1,10 +1,8 @@
 #include "app/desk.h"
 
-#include "rack/projectfile.h"
 #include "views/power/qy2.h"
 
 #include <QSignalBlocker>
-#include <QTemporaryDir>
 
 using vxtest::CardDesk;
 using vxtest::preamble;
@@ -226,18 +224,9 @@ private slots:
                 CardTable(8).Param(field.cell + 12 * (e - 1)) = valueOf(field.where(e));
         CardTable(8).Param(24) = "0";
         CardTable(8).Param(25) = "1.5";
-        QTemporaryDir dir;
-        People::setFileHandler([&](const People::FileRequest &) { return dir.filePath("r.uJx"); });
-        SaveProjectFile();
-        for (int k = 1; k <= 64; ++k)
-            CardTable(8).Param(k).clear();
-        OpenProjectFile();
-        People::setFileHandler({});
+        rack.throughProjectFile(false);
         QVERIFY(!rack.view->cmdDown->isEnabled());
-        for (int entry : {0, 8}) {
-            rack.window->cboCardNo->setCurrentIndex(entry);
-            rack.window->cboCardNo_Click();
-        }
+        rack.reopen();
         QVERIFY(rack.view->cmdDown->isEnabled());
         rack.runWorker(rack.view->cmdDown);
         SimCard &card = rack.sim.rack.slot(8);

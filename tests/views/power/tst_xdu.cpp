@@ -1,6 +1,5 @@
 #include "app/desk.h"
 
-#include "rack/projectfile.h"
 #include "views/power/xdu.h"
 #include "views/power/xduwords.h"
 
@@ -8,7 +7,6 @@
 #include <QLabel>
 #include <QRegularExpression>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 
 using vxtest::CardDesk;
 using vxtest::preamble;
@@ -84,14 +82,6 @@ void liveWords(SimCard &card, const QStringList &words) {
         if (group != "01" || n < 0 || n > 15) return std::nullopt;
         return "D" + (n < words.size() ? words.at(n) : QString("0000"));
     };
-}
-
-// Leaves the view and comes back, as a user does after opening a project file.
-void reopen(CardDesk &rack) {
-    for (int entry : {0, rack.slot}) {
-        rack.window->cboCardNo->setCurrentIndex(entry);
-        rack.window->cboCardNo_Click();
-    }
 }
 
 } // namespace
@@ -303,7 +293,7 @@ private slots:
 
         // A fresh record shows nothing; an Upload brings the row back from the card.
         CardTable(4).Param(1).clear();
-        reopen(rack);
+        rack.reopen();
         QCOMPARE(view->cbItem[0]->currentIndex(), -1);
         rack.runWorker(view->cmdUp);
         QCOMPARE(view->cbItem[0]->currentIndex(), row);
@@ -533,18 +523,8 @@ private slots:
         const auto original = card.groups;
         rack.runWorker(view->cmdUp);
 
-        QTemporaryDir dir;
-        const QString path = dir.filePath("rack.uJx");
-        People::setFileHandler([&](const People::FileRequest &) { return path; });
-        SaveProjectFile();
-        InstallProfile(card); // the card forgets everything
-        for (int k = 1; k <= 64; ++k)
-            CardTable(9).Param(k).clear();
-        OpenProjectFile();
-        People::setFileHandler({});
+        rack.throughProjectFile();
         QVERIFY(rack.messages.messages.isEmpty());
-
-        reopen(rack);
         rack.runWorker(view->cmdDown);
         for (const char *group : {"03", "04"})
             for (const QString &item : items(10, 22))
