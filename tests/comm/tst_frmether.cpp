@@ -127,9 +127,7 @@ private slots:
         QTest::keyClicks(part, typed);
         QCOMPARE(part->text(), kept);
         QCOMPARE(part->cursorPosition(), kept.size());
-        QStringList said;
-        for (const People::Message &m : rack.messages.messages)
-            said << m.text;
+        QStringList said = rack.messages.texts();
         said.removeDuplicates();
         QCOMPARE(said, message.isEmpty() ? QStringList() : QStringList{message});
         QVERIFY(rack.sent().isEmpty());

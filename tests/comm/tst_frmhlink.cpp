@@ -71,12 +71,7 @@ struct Opened {
     CommRack rack{"VX-HLINK1", "1.02"};
     FrmHLINK dialog;
     Opened() { dialog.OpenView("VX-HLINK1:00"); }
-    QStringList messages() const {
-        QStringList texts;
-        for (const People::Message &m : rack.messages.messages)
-            texts << m.text;
-        return texts;
-    }
+    QStringList messages() const { return rack.messages.texts(); }
 };
 
 } // namespace

@@ -87,12 +87,7 @@ struct Opened {
         : rack(modelOf(model).name, version), dialog(modelOf(model).model) {
         dialog.OpenView(modelOf(model).name);
     }
-    QStringList messages() const {
-        QStringList texts;
-        for (const People::Message &m : rack.messages.messages)
-            texts << m.text;
-        return texts;
-    }
+    QStringList messages() const { return rack.messages.texts(); }
 };
 
 } // namespace

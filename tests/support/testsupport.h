@@ -39,6 +39,12 @@ struct MessageRecorder {
         });
     }
     ~MessageRecorder() { People::setMessageHandler({}); }
+    QStringList texts() const {
+        QStringList said;
+        for (const People::Message &m : messages)
+            said << m.text;
+        return said;
+    }
     MessageRecorder(const MessageRecorder &) = delete;
     MessageRecorder &operator=(const MessageRecorder &) = delete;
 };
