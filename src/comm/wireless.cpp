@@ -806,10 +806,10 @@ void FrmWireless::CmdSaveF_Click() {
     request.filter = Comm::SettingsFileFilter(variantOf(m_model).extension);
     const QString path = People::chooseFile(request);
     if (path.isEmpty()) return;
-    const QString error =
-        WirelessFile::Write(path, variantOf(m_model).format, settingsOfControls(),
-                            [this](const QString &control) { return captionOf(control); },
-                            m_openedFiles.forSaving(path));
+    const QString error = WirelessFile::Write(
+        path, variantOf(m_model).format, settingsOfControls(),
+        [this](const QString &control) { return captionOf(control); },
+        m_openedFiles.forSaving(path));
     if (!error.isEmpty())
         People::message(Comm::FileFault(path, error), QString(), People::Icon::Stop);
 }

@@ -56,8 +56,8 @@ QList<QByteArray> encodedLines(const Table &table, TextFile::Encoding encoding, 
     QList<QByteArray> lines;
     for (int r = 0; r < kRecords; ++r) {
         QByteArray bytes;
-        const QString fault = TextFile::encode(FormatLine(table.at(static_cast<size_t>(r))), bytes,
-                                               encoding);
+        const QString fault =
+            TextFile::encode(FormatLine(table.at(static_cast<size_t>(r))), bytes, encoding);
         if (!fault.isEmpty()) {
             if (error) *error = QStringLiteral("Record %1: %2").arg(r + 1).arg(fault);
             return {};

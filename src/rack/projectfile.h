@@ -79,8 +79,7 @@ Table CurrentTable();
 
 // Reads and checks the file at `path`; returns an error text, empty on success. `encoding`, when
 // given, is set to the encoding the file was in.
-QString ReadProjectFile(const QString &path, Table &table,
-                        TextFile::Encoding *encoding = nullptr);
+QString ReadProjectFile(const QString &path, Table &table, TextFile::Encoding *encoding = nullptr);
 
 // Writes `table` to `path` in `encoding` as a whole: on any fault the old file stays as it was.
 // Returns an error text, empty on success.

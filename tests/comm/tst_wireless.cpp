@@ -537,11 +537,12 @@ private slots:
     // A list entry with the "･" of Japanese Windows (one byte, A5, in its code page): a file from
     // such a PC reads as it does there and is saved back byte for byte in its own encoding.
     void filesFromWindowsPcs_data() {
-        QTest::addColumn<QByteArray>("dot");  // how the file spells the dot
+        QTest::addColumn<QByteArray>("dot");   // how the file spells the dot
         QTest::addColumn<QByteArray>("start"); // what comes before the first line
         QTest::newRow("CP932") << QByteArray("\xA5") << QByteArray();
         QTest::newRow("UTF-8") << QByteArray("\xEF\xBD\xA5") << QByteArray();
-        QTest::newRow("UTF-8 with a mark") << QByteArray("\xEF\xBD\xA5") << QByteArray("\xEF\xBB\xBF");
+        QTest::newRow("UTF-8 with a mark")
+            << QByteArray("\xEF\xBD\xA5") << QByteArray("\xEF\xBB\xBF");
     }
     void filesFromWindowsPcs() {
         if (!TextFile::cp932Available()) QSKIP("Qt here has no CP932 converter");
@@ -553,7 +554,8 @@ private slots:
         setControls(o.dialog, "NSAQuality=2");
         o.dialog.CmdSaveF->click();
         const QByteArray madeHere = vxtest::fileBytes(answers.path);
-        QVERIFY(madeHere.contains("\"Changing frequency\xEF\xBD\xA5" "delaytime large\"\r\n"));
+        QVERIFY(madeHere.contains("\"Changing frequency\xEF\xBD\xA5"
+                                  "delaytime large\"\r\n"));
 
         answers.path = dir.filePath("from the PC.zrv");
         const QByteArray fromPc = start + QByteArray(madeHere).replace("\xEF\xBD\xA5", dot);
