@@ -17,10 +17,10 @@ set(CPACK_PACKAGE_NAME "vxcfg")
 set(CPACK_PACKAGE_VENDOR "VXCFG")
 set(CPACK_PACKAGE_CONTACT "VXCFG maintainers <vxcfg@localhost>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "Configurator of the VX remote-I/O rack, with a simulated rack")
-set(CPACK_PACKAGE_DESCRIPTION
-    "VXCFG joins a computer to a VX remote-I/O rack over a serial line: it scans the rack, "
-    "reads and changes the parameters of each card, watches live values and keeps the settings "
-    "in project files. vxrack-sim serves a simulated rack on a pseudo-terminal.")
+string(CONCAT CPACK_PACKAGE_DESCRIPTION
+       "VXCFG joins a computer to a VX remote-I/O rack over a serial line: it scans the rack, "
+       "reads and changes the parameters of each card, watches live values and keeps the "
+       "settings in project files. vxrack-sim serves a simulated rack on a pseudo-terminal.")
 set(CPACK_PACKAGING_INSTALL_PREFIX "/usr")
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION "electronics")

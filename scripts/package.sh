@@ -30,8 +30,10 @@ for file in ./usr/bin/vxcfg ./usr/bin/vxrack-sim ./usr/share/applications/vxcfg.
     fi
 done
 depends=$(dpkg-deb -f "$deb" Depends)
+# The package names alone, one a line, without versions.
+names=$(tr ',|' '\n\n' <<<"$depends" | awk 'NF { print $1 }')
 for dependency in libc6 libstdc++6 libqt6core6 libqt6gui6 libqt6widgets6 libqt6serialport6; do
-    if ! grep -qE "(^|, )$dependency( |,|$)" <<<"$depends"; then
+    if ! grep -qxF "$dependency" <<<"$names"; then
         echo "package.sh: $deb does not depend on $dependency (Depends: $depends)" >&2
         fail=1
     fi
