@@ -55,7 +55,7 @@ shot main-window --wait 500 --shot "$out/main-window.png"
 shot overview --wait 500 --shot "$out/overview.png:frmOverview"
 shot monitor --click cmdStart --wait 2500 --shot "$out/monitor.png" --click cmdStop --wait 300
 shot view-voltage --slot 8 --wait 300 --click cmdUp --wait 2500 --shot "$out/view-voltage.png"
-shot view-temperature --slot 2 --wait 300 --click cmdUp --wait 2500 \
+shot view-temperature --slot 1 --wait 300 --click cmdUp --wait 2500 \
     --shot "$out/view-temperature.png"
 shot view-multipower --slot 3 --wait 300 --click cmdUp --wait 4000 \
     --shot "$out/view-multipower.png"
