@@ -736,7 +736,8 @@ void FrmHLINK::CmdSaveF_Click() {
     request.filter = Comm::SettingsFileFilter(QStringLiteral("hlk"));
     const QString path = People::chooseFile(request);
     if (path.isEmpty()) return;
-    const QString error = HlinkFile::Write(path, settingsOfControls());
+    const QString error =
+        HlinkFile::Write(path, settingsOfControls(), m_openedFiles.forSaving(path));
     if (!error.isEmpty())
         People::message(failed + QStringLiteral("\n\n") + Comm::FileFault(path, error),
                         QStringLiteral("save file"), People::Icon::Stop);
@@ -750,10 +751,12 @@ void FrmHLINK::CmdReadF_Click() {
     const QString path = People::chooseFile(request);
     if (path.isEmpty()) return;
     HlinkFile::Settings settings;
-    const QString error = HlinkFile::Read(path, settings);
+    TextFile::Encoding encoding = TextFile::Encoding::System;
+    const QString error = HlinkFile::Read(path, settings, &encoding);
     if (!error.isEmpty()) {
         People::message(Comm::FileFault(path, error), QString(), People::Icon::Stop);
         return;
     }
+    m_openedFiles.opened(path, encoding);
     applySettings(settings);
 }

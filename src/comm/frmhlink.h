@@ -123,4 +123,7 @@ private:
     bool checkChNo(int row);
     bool checkDevAdd16(int row);
     bool checkDevAdd10(int row);
+
+    // So that a file opened from a Windows PC is saved back in its own encoding.
+    TextFile::KnownEncodings m_openedFiles;
 };

@@ -128,16 +128,16 @@ QString Parse(const QString &text, Settings &settings) {
     return {};
 }
 
-QString Write(const QString &path, const Settings &settings) {
+QString Write(const QString &path, const Settings &settings, TextFile::Encoding encoding) {
     QStringList lines;
     const QString error = Compose(settings, lines);
     if (!error.isEmpty()) return error;
-    return TextFile::writeLines(path, lines);
+    return TextFile::writeLines(path, lines, "\r\n", encoding);
 }
 
-QString Read(const QString &path, Settings &settings) {
+QString Read(const QString &path, Settings &settings, TextFile::Encoding *encoding) {
     QString text;
-    const QString error = TextFile::read(path, kMaxFileBytes, kKind, text);
+    const QString error = TextFile::read(path, kMaxFileBytes, kKind, text, encoding);
     if (!error.isEmpty()) return error;
     return Parse(text, settings);
 }

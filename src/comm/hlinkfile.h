@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ui/textfile.h"
+
 #include <QString>
 #include <QStringList>
 #include <array>
@@ -50,9 +52,10 @@ QString Compose(const Settings &settings, QStringList &lines);
 // file is good. The error names the line and what is wrong with it.
 QString Parse(const QString &text, Settings &settings);
 
-// Compose, then an atomic write: on any fault the old file stays as it was.
-QString Write(const QString &path, const Settings &settings);
-// The whole file read, then Parse.
-QString Read(const QString &path, Settings &settings);
+// Compose, then an atomic write in `encoding`: on any fault the old file stays as it was.
+QString Write(const QString &path, const Settings &settings,
+              TextFile::Encoding encoding = TextFile::Encoding::System);
+// The whole file read, then Parse; `encoding`, when given, is set to the one the file was in.
+QString Read(const QString &path, Settings &settings, TextFile::Encoding *encoding = nullptr);
 
 } // namespace HlinkFile

@@ -806,9 +806,10 @@ void FrmWireless::CmdSaveF_Click() {
     request.filter = Comm::SettingsFileFilter(variantOf(m_model).extension);
     const QString path = People::chooseFile(request);
     if (path.isEmpty()) return;
-    const QString error =
-        WirelessFile::Write(path, variantOf(m_model).format, settingsOfControls(),
-                            [this](const QString &control) { return captionOf(control); });
+    const QString error = WirelessFile::Write(
+        path, variantOf(m_model).format, settingsOfControls(),
+        [this](const QString &control) { return captionOf(control); },
+        m_openedFiles.forSaving(path));
     if (!error.isEmpty())
         People::message(Comm::FileFault(path, error), QString(), People::Icon::Stop);
 }
@@ -822,8 +823,10 @@ void FrmWireless::CmdReadF_Click() {
     const QString path = People::chooseFile(request);
     if (path.isEmpty()) return;
     WirelessFile::Settings settings;
+    TextFile::Encoding encoding = TextFile::Encoding::System;
     QString error = WirelessFile::Read(
-        path, v.format, settings, [this](const QString &control) { return captionOf(control); });
+        path, v.format, settings, [this](const QString &control) { return captionOf(control); },
+        &encoding);
     if (error.isEmpty() && v.refusesNewerFile && settings.version > cardFileVersion) {
         People::message(QStringLiteral("read file incomplete"), QStringLiteral("read file"),
                         People::Icon::Stop);
@@ -834,6 +837,7 @@ void FrmWireless::CmdReadF_Click() {
         People::message(Comm::FileFault(path, error), QString(), People::Icon::Stop);
         return;
     }
+    m_openedFiles.opened(path, encoding);
     applySettings(settings);
     ApplyDependencies();
 }

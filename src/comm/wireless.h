@@ -100,6 +100,8 @@ private:
     WirelessModel m_model;
     QList<Field> m_fields;
     bool m_keyShown = false;
+    // So that a file opened from a Windows PC is saved back in its own encoding.
+    TextFile::KnownEncodings m_openedFiles;
 };
 
 QWidget *MakeFrmZRV();

@@ -181,16 +181,17 @@ QString Parse(Format format, const QString &text, Settings &settings, const Capt
 }
 
 QString Write(const QString &path, Format format, const Settings &settings,
-              const CaptionOf &captionOf) {
+              const CaptionOf &captionOf, TextFile::Encoding encoding) {
     QStringList lines;
     const QString error = Compose(format, settings, lines, captionOf);
     if (!error.isEmpty()) return error;
-    return TextFile::writeLines(path, lines);
+    return TextFile::writeLines(path, lines, "\r\n", encoding);
 }
 
-QString Read(const QString &path, Format format, Settings &settings, const CaptionOf &captionOf) {
+QString Read(const QString &path, Format format, Settings &settings, const CaptionOf &captionOf,
+             TextFile::Encoding *encoding) {
     QString text;
-    const QString error = TextFile::read(path, kMaxFileBytes, KindOf(format), text);
+    const QString error = TextFile::read(path, kMaxFileBytes, KindOf(format), text, encoding);
     if (!error.isEmpty()) return error;
     return Parse(format, text, settings, captionOf);
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ui/textfile.h"
+
 #include <QList>
 #include <QMap>
 #include <QString>
@@ -56,11 +58,12 @@ QString Compose(Format format, const Settings &settings, QStringList &lines,
 QString Parse(Format format, const QString &text, Settings &settings,
               const CaptionOf &captionOf = {});
 
-// Compose, then an atomic write: on any fault the old file stays as it was.
+// Compose, then an atomic write in `encoding`: on any fault the old file stays as it was.
 QString Write(const QString &path, Format format, const Settings &settings,
-              const CaptionOf &captionOf = {});
-// The whole file read, then Parse.
+              const CaptionOf &captionOf = {},
+              TextFile::Encoding encoding = TextFile::Encoding::System);
+// The whole file read, then Parse; `encoding`, when given, is set to the one the file was in.
 QString Read(const QString &path, Format format, Settings &settings,
-             const CaptionOf &captionOf = {});
+             const CaptionOf &captionOf = {}, TextFile::Encoding *encoding = nullptr);
 
 } // namespace WirelessFile

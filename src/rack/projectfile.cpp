@@ -4,7 +4,6 @@
 #include "ui/textfile.h"
 
 #include <QDir>
-#include <QStringEncoder>
 
 namespace ProjectFile {
 
@@ -51,21 +50,19 @@ QString fieldPlace(int record, int index) {
     return where + QStringLiteral(", channel %1").arg(index - 1 - CardRecord::kParams);
 }
 
-// The lines of a file, each with its CR LF, in the system's code page.
-QList<QByteArray> encodedLines(const Table &table, QString *error) {
+// The lines of a file, each with its CR LF, in `encoding`; the first carries the byte order mark
+// that the encoding may have.
+QList<QByteArray> encodedLines(const Table &table, TextFile::Encoding encoding, QString *error) {
     QList<QByteArray> lines;
-    QStringEncoder encoder(QStringConverter::System);
     for (int r = 0; r < kRecords; ++r) {
-        QByteArray bytes = encoder(FormatLine(table.at(static_cast<size_t>(r))));
-        if (encoder.hasError()) {
-            if (error)
-                *error = QStringLiteral("Record %1 holds characters that the system's code page "
-                                        "cannot store.")
-                             .arg(r + 1);
+        QByteArray bytes;
+        const QString fault =
+            TextFile::encode(FormatLine(table.at(static_cast<size_t>(r))), bytes, encoding);
+        if (!fault.isEmpty()) {
+            if (error) *error = QStringLiteral("Record %1: %2").arg(r + 1).arg(fault);
             return {};
         }
-        bytes += "\r\n";
-        lines.append(bytes);
+        lines.append((r == 0 ? TextFile::preamble(encoding) : QByteArray()) + bytes + "\r\n");
     }
     return lines;
 }
@@ -133,7 +130,7 @@ QString SavableProblem(const Table &table) {
 
 QByteArray FormatFile(const Table &table) {
     QByteArray bytes;
-    for (const QByteArray &line : encodedLines(table, nullptr))
+    for (const QByteArray &line : encodedLines(table, TextFile::Encoding::System, nullptr))
         bytes += line;
     return bytes;
 }
@@ -189,7 +186,7 @@ Parsed ParseFile(const QByteArray &bytes) {
         return parsed;
     }
     QString text;
-    parsed.error = TextFile::decode(bytes, kKind, text);
+    parsed.error = TextFile::decode(bytes, kKind, text, &parsed.encoding);
     if (!parsed.ok()) return parsed;
     const QList<TextFile::Line> lines = TextFile::lines(text);
     if (lines.size() < kLines) {
@@ -258,21 +255,22 @@ Table CurrentTable() {
     return table;
 }
 
-QString ReadProjectFile(const QString &path, Table &table) {
+QString ReadProjectFile(const QString &path, Table &table, TextFile::Encoding *encoding) {
     QByteArray bytes;
     const QString error = TextFile::readBytes(path, kMaxFileBytes, kKind, bytes);
     if (!error.isEmpty()) return error;
     Parsed parsed = ParseFile(bytes);
     if (!parsed.ok()) return parsed.error;
     table = std::move(parsed.table);
+    if (encoding) *encoding = parsed.encoding;
     return {};
 }
 
-QString WriteProjectFile(const QString &path, const Table &table) {
+QString WriteProjectFile(const QString &path, const Table &table, TextFile::Encoding encoding) {
     const QString problem = SavableProblem(table);
     if (!problem.isEmpty()) return problem;
     QString error;
-    const QList<QByteArray> lines = encodedLines(table, &error);
+    const QList<QByteArray> lines = encodedLines(table, encoding, &error);
     if (!error.isEmpty()) return error;
     return TextFile::writeChunks(path, lines);
 }
@@ -289,6 +287,12 @@ QString faultText(const QString &path, const QString &reason) {
     return QStringLiteral("%1\n\n%2").arg(QDir::toNativeSeparators(path), reason);
 }
 
+// The project files opened in this run, so that "Save" keeps each one's encoding.
+TextFile::KnownEncodings &openedFiles() {
+    static TextFile::KnownEncodings files;
+    return files;
+}
+
 } // namespace
 
 void OpenProjectFile() {
@@ -297,11 +301,13 @@ void OpenProjectFile() {
     const QString path = People::chooseFile(request);
     if (path.isEmpty()) return;
     ProjectFile::Table table;
-    const QString error = ProjectFile::ReadProjectFile(path, table);
+    TextFile::Encoding encoding = TextFile::Encoding::System;
+    const QString error = ProjectFile::ReadProjectFile(path, table, &encoding);
     if (!error.isEmpty()) {
         People::message(faultText(path, error));
         return;
     }
+    openedFiles().opened(path, encoding);
     ProjectFile::ApplyTable(table);
 }
 
@@ -311,6 +317,7 @@ void SaveProjectFile() {
     request.filter = ProjectFile::FileFilter();
     const QString path = People::chooseFile(request);
     if (path.isEmpty()) return;
-    const QString error = ProjectFile::WriteProjectFile(path, ProjectFile::CurrentTable());
+    const QString error = ProjectFile::WriteProjectFile(path, ProjectFile::CurrentTable(),
+                                                        openedFiles().forSaving(path));
     if (!error.isEmpty()) People::message(faultText(path, error), QStringLiteral("Open Error"));
 }

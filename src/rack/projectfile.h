@@ -59,6 +59,7 @@ LineFields ParseLine(const QString &line);
 struct Parsed {
     Table table;
     QString error; // empty when the whole file could be read
+    TextFile::Encoding encoding = TextFile::Encoding::System; // what the bytes were read in
     bool ok() const { return error.isEmpty(); }
 };
 // Reads a whole file into a temporary table: the first 17 non-blank lines, the first 82 fields of
@@ -76,12 +77,14 @@ void ApplyTable(const Table &table);
 // The current CardTable as a table to save.
 Table CurrentTable();
 
-// Reads and checks the file at `path`; returns an error text, empty on success.
-QString ReadProjectFile(const QString &path, Table &table);
+// Reads and checks the file at `path`; returns an error text, empty on success. `encoding`, when
+// given, is set to the encoding the file was in.
+QString ReadProjectFile(const QString &path, Table &table, TextFile::Encoding *encoding = nullptr);
 
-// Writes `table` to `path` as a whole: on any fault the old file stays as it was. Returns an
-// error text, empty on success.
-QString WriteProjectFile(const QString &path, const Table &table);
+// Writes `table` to `path` in `encoding` as a whole: on any fault the old file stays as it was.
+// Returns an error text, empty on success.
+QString WriteProjectFile(const QString &path, const Table &table,
+                         TextFile::Encoding encoding = TextFile::Encoding::System);
 
 // Every write of a save goes through this; tests replace it to make the disk fail on a given
 // write. An empty function restores the plain write.

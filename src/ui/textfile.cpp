@@ -36,6 +36,41 @@ qint64 writeBytes(QIODevice &device, const QByteArray &bytes) {
     return g_write ? g_write(device, bytes) : device.write(bytes);
 }
 
+const QByteArray kUtf8Bom = QByteArrayLiteral("\xEF\xBB\xBF");
+
+// ICU knows the Windows variant under this name; plain Shift_JIS lacks its extensions.
+const char *cp932Name() {
+    static const char *const name = [] {
+        for (const char *candidate : {"windows-31j", "Shift_JIS"})
+            if (QStringDecoder(candidate).isValid()) return candidate;
+        return static_cast<const char *>(nullptr);
+    }();
+    return name;
+}
+
+// The whole file in one go: a stateless decoder also reports a sequence cut off at the end.
+bool decodeAs(QStringDecoder decoder, const QByteArray &bytes, QString &text) {
+    if (!decoder.isValid()) return false;
+    QString decoded = decoder(bytes);
+    if (decoder.hasError()) return false;
+    text = std::move(decoded);
+    return true;
+}
+
+QStringEncoder encoderFor(Encoding encoding) {
+    constexpr auto flags = QStringConverter::Flag::Stateless;
+    switch (encoding) {
+    case Encoding::Utf8:
+    case Encoding::Utf8Bom:
+        return QStringEncoder(QStringConverter::Utf8, flags);
+    case Encoding::Cp932:
+        return cp932Name() ? QStringEncoder(cp932Name(), flags) : QStringEncoder();
+    case Encoding::System:
+        break;
+    }
+    return QStringEncoder(QStringConverter::System, flags);
+}
+
 } // namespace
 
 QString readBytes(const QString &path, qint64 maxBytes, const QString &kind, QByteArray &bytes) {
@@ -53,24 +88,42 @@ QString readBytes(const QString &path, qint64 maxBytes, const QString &kind, QBy
     return {};
 }
 
-QString decode(const QByteArray &bytes, const QString &kind, QString &text) {
+bool cp932Available() {
+    return cp932Name() != nullptr;
+}
+
+QString decode(const QByteArray &bytes, const QString &kind, QString &text, Encoding *encoding) {
     if (holdsBinary(bytes))
         return QStringLiteral("The file holds binary data; it is not %1.").arg(kind);
-    QStringDecoder decoder(QStringConverter::System);
-    QString decoded = decoder(bytes);
-    if (decoder.hasError())
-        return QStringLiteral("The file holds characters that the system's code page cannot "
-                              "read; it is not %1 of this system.")
-            .arg(kind);
+    constexpr auto flags = QStringConverter::Flag::Stateless;
+    Encoding found = Encoding::Utf8;
+    QString decoded;
+    if (bytes.startsWith(kUtf8Bom)) {
+        found = Encoding::Utf8Bom;
+        if (!decodeAs(QStringDecoder(QStringConverter::Utf8, flags), bytes.mid(kUtf8Bom.size()),
+                      decoded))
+            return QStringLiteral("The file starts as UTF-8 but holds bytes that are not UTF-8; "
+                                  "it is not %1 that can be read.")
+                .arg(kind);
+    } else if (!decodeAs(QStringDecoder(QStringConverter::Utf8, flags), bytes, decoded)) {
+        found = Encoding::Cp932;
+        if (!cp932Name() || !decodeAs(QStringDecoder(cp932Name(), flags), bytes, decoded))
+            return QStringLiteral("The file holds characters that are neither UTF-8 nor the "
+                                  "Japanese Windows code page (CP932); it is not %1 that can be "
+                                  "read.")
+                .arg(kind);
+    }
     text = std::move(decoded);
+    if (encoding) *encoding = found;
     return {};
 }
 
-QString read(const QString &path, qint64 maxBytes, const QString &kind, QString &text) {
+QString read(const QString &path, qint64 maxBytes, const QString &kind, QString &text,
+             Encoding *encoding) {
     QByteArray bytes;
     const QString error = readBytes(path, maxBytes, kind, bytes);
     if (!error.isEmpty()) return error;
-    return decode(bytes, kind, text);
+    return decode(bytes, kind, text, encoding);
 }
 
 QList<Line> lines(const QString &text, bool skipBlank) {
@@ -97,14 +150,23 @@ QList<Line> lines(const QString &text, bool skipBlank) {
     return out;
 }
 
-QString encode(const QString &text, QByteArray &bytes) {
-    QStringEncoder encoder(QStringConverter::System);
+QString encode(const QString &text, QByteArray &bytes, Encoding encoding) {
+    QStringEncoder encoder = encoderFor(encoding);
+    if (!encoder.isValid())
+        return QStringLiteral("This system cannot write the Japanese Windows code page (CP932).");
     QByteArray encoded = encoder(text);
     if (encoder.hasError())
-        return QStringLiteral("The text holds characters that the system's code page cannot "
-                              "store.");
+        return encoding == Encoding::Cp932
+                   ? QStringLiteral("The text holds characters that the Japanese Windows code "
+                                    "page (CP932) of this file cannot store.")
+                   : QStringLiteral("The text holds characters that the system's code page "
+                                    "cannot store.");
     bytes = std::move(encoded);
     return {};
+}
+
+QByteArray preamble(Encoding encoding) {
+    return encoding == Encoding::Utf8Bom ? kUtf8Bom : QByteArray();
 }
 
 QString writeChunks(const QString &path, const QList<QByteArray> &chunks) {
@@ -128,15 +190,36 @@ QString writeChunks(const QString &path, const QList<QByteArray> &chunks) {
     return {};
 }
 
-QString writeLines(const QString &path, const QStringList &lines, const QByteArray &lineEnd) {
+QString writeLines(const QString &path, const QStringList &lines, const QByteArray &lineEnd,
+                   Encoding encoding) {
     QList<QByteArray> chunks;
     for (const QString &line : lines) {
         QByteArray bytes;
-        const QString error = encode(line, bytes);
+        const QString error = encode(line, bytes, encoding);
         if (!error.isEmpty()) return error;
-        chunks.append(bytes + lineEnd);
+        // The mark goes with the first line, so a save writes as many chunks in every encoding.
+        chunks.append((chunks.isEmpty() ? preamble(encoding) : QByteArray()) + bytes + lineEnd);
     }
     return writeChunks(path, chunks);
+}
+
+namespace {
+
+// One key for the ways a path can be written ("a/../b.zq", a link to it).
+QString fileKey(const QString &path) {
+    const QFileInfo info(path);
+    const QString canonical = info.canonicalFilePath();
+    return canonical.isEmpty() ? info.absoluteFilePath() : canonical;
+}
+
+} // namespace
+
+void KnownEncodings::opened(const QString &path, Encoding encoding) {
+    m_encodings.insert(fileKey(path), encoding);
+}
+
+Encoding KnownEncodings::forSaving(const QString &path) const {
+    return m_encodings.value(fileKey(path), Encoding::System);
 }
 
 void setWriteFunction(WriteFunction write) {

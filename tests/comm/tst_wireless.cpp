@@ -528,6 +528,40 @@ private slots:
         QVERIFY(!older.rack.sent().contains("I29"));
         QVERIFY(older.rack.sent().contains("I55"));
     }
+
+    // A list entry with the "･" of Japanese Windows (one byte, A5, in its code page): a file from
+    // such a PC reads as it does there and is saved back byte for byte in its own encoding.
+    void filesFromWindowsPcs_data() {
+        QTest::addColumn<QByteArray>("dot");   // how the file spells the dot
+        QTest::addColumn<QByteArray>("start"); // what comes before the first line
+        QTest::newRow("CP932") << QByteArray("\xA5") << QByteArray();
+        QTest::newRow("UTF-8") << QByteArray("\xEF\xBD\xA5") << QByteArray();
+        QTest::newRow("UTF-8 with a mark")
+            << QByteArray("\xEF\xBD\xA5") << QByteArray("\xEF\xBB\xBF");
+    }
+    void filesFromWindowsPcs() {
+        if (!TextFile::cp932Available()) QSKIP("Qt here has no CP932 converter");
+        QFETCH(QByteArray, dot);
+        QFETCH(QByteArray, start);
+        Opened o("ZRV", "3.00");
+        QTemporaryDir dir;
+        FileAnswers answers(dir.filePath("made here.zrv"));
+        setControls(o.dialog, "NSAQuality=2");
+        o.dialog.CmdSaveF->click();
+        const QByteArray madeHere = vxtest::fileBytes(answers.path);
+        QVERIFY(madeHere.contains("\"Changing frequency\xEF\xBD\xA5"
+                                  "delaytime large\"\r\n"));
+
+        answers.path = dir.filePath("from the PC.zrv");
+        const QByteArray fromPc = start + QByteArray(madeHere).replace("\xEF\xBD\xA5", dot);
+        QVERIFY(vxtest::putFile(answers.path, fromPc));
+        setControls(o.dialog, "NSAQuality=0");
+        o.dialog.CmdReadF->click();
+        QCOMPARE(o.dialog.list("NSAQuality")->currentIndex(), 2);
+        o.dialog.CmdSaveF->click();
+        QCOMPARE(vxtest::fileBytes(answers.path), fromPc);
+        QVERIFY(o.messages().isEmpty());
+    }
 };
 
 VX_TEST(WirelessTest)

@@ -301,7 +301,7 @@ private slots:
         QTest::newRow("binary") << QByteArray("\x89PNG\r\n\x1a\n\0\0\0\rIHDR", 16) + joined(good)
                                 << "binary data";
         QTest::newRow("not in the code page")
-            << QByteArray("\"\xff\xfe\",") + joined(good) << "system's code page cannot read";
+            << QByteArray("\"\xff\xfe\",") + joined(good) << "neither UTF-8 nor the Japanese";
         lines = good;
         lines[16] = lines[16].replace("\"17.5\"", "\"17\"5\"");
         QTest::newRow("quote inside a text, last line")
@@ -425,6 +425,80 @@ private slots:
     }
 };
 
+// Project files carried to and from Windows PCs: each is saved back in the encoding it came in.
+class ProjectFileEncodingTest : public QObject {
+    Q_OBJECT
+
+    QTemporaryDir m_dir;
+    // Half-width katakana, the middle dot "･" among them (one byte, A5, in CP932), and a
+    // two-byte character.
+    const QString m_text = QString::fromUtf8("\uFF71\uFF65\u3042");
+    const QByteArray m_cp932 = "\xB1\xA5\x82\xA0";
+
+    // A project file whose record 2, parameter 1 holds `text`, behind `start`.
+    QByteArray fileHolding(const QByteArray &text, const QByteArray &start = {}) const {
+        return start + joined(handLines()).replace("\"2.1\"", "\"" + text + "\"");
+    }
+
+    void open(const QString &path) {
+        FileAnswer answer(path);
+        OpenProjectFile();
+        for (int n = 1; n <= kRecords; ++n)
+            CardTable(n).CardName = CardTable(n).FileCardName;
+    }
+    void save(const QString &path) {
+        FileAnswer answer(path);
+        SaveProjectFile();
+    }
+
+private slots:
+    void init() { ResetModuleData(); }
+
+    void savedBackAsItCame_data() {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::newRow("CP932") << fileHolding(m_cp932);
+        QTest::newRow("UTF-8") << fileHolding(m_text.toUtf8());
+        QTest::newRow("UTF-8 with a byte order mark")
+            << fileHolding(m_text.toUtf8(), "\xEF\xBB\xBF");
+    }
+    void savedBackAsItCame() {
+        if (!TextFile::cp932Available()) QSKIP("Qt here has no CP932 converter");
+        QFETCH(QByteArray, bytes);
+        const QString path = m_dir.filePath(QTest::currentDataTag() + QString(".uJx"));
+        writeFile(path, bytes);
+        MessageRecorder recorder;
+        open(path);
+        QCOMPARE(CardTable(2).Param(1), m_text);
+        QCOMPARE(CardTable(1).FileCardName, QString("M1")); // the mark is not part of the name
+
+        save(path);
+        QCOMPARE(readFile(path), bytes);
+        // A file this program makes anew is in the system's code page, here UTF-8.
+        const QString fresh = m_dir.filePath(QTest::currentDataTag() + QString(" new.uJx"));
+        save(fresh);
+        QCOMPARE(readFile(fresh), fileHolding(m_text.toUtf8()));
+        QVERIFY(recorder.messages.isEmpty());
+    }
+
+    // A text the file's code page cannot store refuses the save and keeps the file as it was.
+    void textTheOpenedCodePageCannotStore() {
+        if (!TextFile::cp932Available()) QSKIP("Qt here has no CP932 converter");
+        const QString path = m_dir.filePath("windows.uJx");
+        const QByteArray bytes = fileHolding(m_cp932);
+        writeFile(path, bytes);
+        MessageRecorder recorder;
+        open(path);
+        CardTable(5).Param(3) = QString::fromUtf8("\u20AC 5");
+        save(path);
+        QCOMPARE(readFile(path), bytes);
+        QCOMPARE(recorder.messages.size(), 1);
+        QVERIFY2(recorder.messages.first().text.contains("Record 5: ") &&
+                     recorder.messages.first().text.contains("CP932"),
+                 qPrintable(recorder.messages.first().text));
+    }
+};
+
 VX_TEST(ProjectFileRoundTripTest)
 VX_TEST(ProjectFileFailureTest)
+VX_TEST(ProjectFileEncodingTest)
 #include "tst_projectfile.moc"

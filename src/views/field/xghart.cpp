@@ -174,9 +174,10 @@ QString settingProblem(int setting, const QString &text) {
 enum class FileVerdict { Read, OtherVersion, Broken };
 
 // Reads a whole settings file; `texts` is touched only for a file that is read in full.
-FileVerdict ReadSettingsFile(const QString &path, QStringList &texts, QString &error) {
+FileVerdict ReadSettingsFile(const QString &path, QStringList &texts, QString &error,
+                             TextFile::Encoding &encoding) {
     QString content;
-    error = TextFile::read(path, kMaxFileBytes, kFileKind, content);
+    error = TextFile::read(path, kMaxFileBytes, kFileKind, content, &encoding);
     if (!error.isEmpty()) return FileVerdict::Broken;
     const QList<TextFile::Line> lines = TextFile::lines(content);
     auto broken = [&error](int line, const QString &what) {
@@ -215,7 +216,8 @@ FileVerdict ReadSettingsFile(const QString &path, QStringList &texts, QString &e
     return FileVerdict::Read;
 }
 
-QString WriteSettingsFile(const QString &path, const QStringList &texts) {
+QString WriteSettingsFile(const QString &path, const QStringList &texts,
+                          TextFile::Encoding encoding) {
     QStringList lines = {kFileVersion};
     for (int setting = 0; setting < texts.size(); ++setting) {
         const QString &text = texts.at(setting);
@@ -226,7 +228,7 @@ QString WriteSettingsFile(const QString &path, const QStringList &texts) {
                     .arg(settingCaption(setting), kFileKind);
         lines << QLatin1Char('"') + text + QLatin1Char('"');
     }
-    return TextFile::writeLines(path, lines);
+    return TextFile::writeLines(path, lines, "\r\n", encoding);
 }
 
 } // namespace
@@ -601,7 +603,8 @@ void FrmXG_HART::CmdWriteFile_Click() {
     const QString path = People::chooseFile(request);
     if (path.isEmpty()) return;
     const auto &texts = m_store[static_cast<size_t>(currentHartChannel)];
-    const QString error = WriteSettingsFile(path, QStringList(texts.begin(), texts.end()));
+    const QString error = WriteSettingsFile(path, QStringList(texts.begin(), texts.end()),
+                                            m_openedFiles.forSaving(path));
     if (!error.isEmpty()) People::message(faultText(path, error), QString(), People::Icon::Stop);
 }
 
@@ -612,7 +615,8 @@ void FrmXG_HART::CmdReadFile_Click() {
     if (path.isEmpty()) return;
     QStringList texts;
     QString error;
-    switch (ReadSettingsFile(path, texts, error)) {
+    TextFile::Encoding encoding = TextFile::Encoding::System;
+    switch (ReadSettingsFile(path, texts, error, encoding)) {
     case FileVerdict::OtherVersion:
         People::message("read file incomplete", "read file", People::Icon::Stop);
         return;
@@ -622,6 +626,7 @@ void FrmXG_HART::CmdReadFile_Click() {
     case FileVerdict::Read:
         break;
     }
+    m_openedFiles.opened(path, encoding);
     for (int i = 0; i < kSettings; ++i)
         stored(i) = texts.at(i);
     Disp();

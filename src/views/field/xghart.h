@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ui/textfile.h"
+
 #include <QDialog>
 #include <QPlainTextEdit>
 #include <QStringList>
@@ -103,6 +105,8 @@ private:
     std::array<HexEdit *, 5> m_blocks{};
     std::array<QLineEdit *, 4> m_short{};
     bool m_busy = false;
+    // So that a file opened from a Windows PC is saved back in its own encoding.
+    TextFile::KnownEncodings m_openedFiles;
 };
 
 // One attempt of a block exchange, and the exchange with its retries: G, I and D steps of their
