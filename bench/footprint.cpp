@@ -18,6 +18,7 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QCommandLineParser>
+#include <QDialog>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
@@ -161,15 +162,27 @@ int main(int argc, char **argv) {
         window.cboCardNo_Click();
         QCoreApplication::processEvents();
     }
+    printMemory("after the 16 cards' views");
     const QStringList forms = RegisteredViewNames();
+    std::vector<std::pair<double, QString>> growth;
     for (const QString &name : forms) {
+        const double before = statusMb("VmRSS");
         QWidget *form = ViewByName(name);
         if (!form || form->isVisible()) continue;
+        // A card view lives in the main window's work area; a dialog is a window of its own.
+        if (!qobject_cast<QDialog *>(form) && CurrentViewHost())
+            CurrentViewHost()->placeView(form);
         form->show();
         QCoreApplication::processEvents();
         form->hide();
+        growth.emplace_back(statusMb("VmRSS") - before, name);
     }
     printMemory(qPrintable(QStringLiteral("after opening all %1 forms").arg(forms.size())));
+    std::sort(growth.rbegin(), growth.rend());
+    std::printf("  the most of it, of the forms opened by name:");
+    for (size_t i = 0; i < std::min<size_t>(5, growth.size()); ++i)
+        std::printf(" %s %.1f MB%s", qPrintable(growth[i].second), growth[i].first,
+                    i + 1 < std::min<size_t>(5, growth.size()) ? "," : "\n");
 
     QTemporaryDir folder;
     const QString path = folder.filePath("rack.uJx");
