@@ -75,6 +75,18 @@ private slots:
         ClearViewRegistry();
     }
 
+    // What the footprint benchmark walks: every form with a factory, once, sorted.
+    void registeredNames() {
+        registerFakes("frmQF8");
+        RegisterView("frmQF8", {});
+        QStringList expected;
+        for (const ModelRow &row : ModelRows())
+            if (row.form != "frmQF8") expected << row.form;
+        expected.removeDuplicates();
+        expected.sort();
+        QCOMPARE(RegisteredViewNames(), expected);
+    }
+
     // Rows whose order or shared prefixes a slip would break, and names no row knows (no form).
     void dispatch_data() {
         QTest::addColumn<QString>("name");
