@@ -76,20 +76,7 @@ bool timeStart(const QString &program, double &wallMs, double &inMainMs, QString
     return true;
 }
 
-// "VmRSS" or "VmHWM" of this process in MB.
-double statusMb(const char *field) {
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly)) return -1;
-    for (const QByteArray &line : status.readAll().split('\n'))
-        if (line.startsWith(field))
-            return line.mid(qsizetype(qstrlen(field)) + 1)
-                       .trimmed()
-                       .split(' ')
-                       .value(0)
-                       .toDouble() /
-                   1024.0;
-    return -1;
-}
+using Bench::statusMb;
 
 void printMemory(const char *when) {
     std::printf("%-40s VmRSS %6.1f MB   VmHWM %6.1f MB\n", when, statusMb("VmRSS"),
@@ -170,8 +157,7 @@ int main(int argc, char **argv) {
         QWidget *form = ViewByName(name);
         if (!form || form->isVisible()) continue;
         // A card view lives in the main window's work area; a dialog is a window of its own.
-        if (!qobject_cast<QDialog *>(form) && CurrentViewHost())
-            CurrentViewHost()->placeView(form);
+        if (!qobject_cast<QDialog *>(form) && CurrentViewHost()) CurrentViewHost()->placeView(form);
         form->show();
         QCoreApplication::processEvents();
         form->hide();

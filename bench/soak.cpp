@@ -3,6 +3,8 @@
 // CR, late or refused replies, a cut line). After a failed pass it does what a user would:
 // connects again if the line went, uploads, starts the monitor again. Resident memory is sampled
 // throughout; the run fails when it grew by the limit or more after the warm-up.
+#include "benchsupport.h"
+
 #include "app/allviews.h"
 #include "app/frmvxcfg.h"
 #include "app/session.h"
@@ -25,15 +27,6 @@
 #include <vector>
 
 namespace {
-
-double rssMb() {
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly)) return -1;
-    for (const QByteArray &line : status.readAll().split('\n'))
-        if (line.startsWith("VmRSS:"))
-            return line.mid(6).trimmed().split(' ').value(0).toDouble() / 1024.0;
-    return -1;
-}
 
 const SimFault kFaults[] = {
     SimFault::NoReply, SimFault::Split,   SimFault::NoCR,   SimFault::Delay,  SimFault::Late,
@@ -107,7 +100,7 @@ int main(int argc, char **argv) {
         // The simulator's transcript is for tests; here it would only grow.
         rack.clearTranscript();
         const double now = clock.elapsed() / 1000.0;
-        samples.push_back({now, rssMb()});
+        samples.push_back({now, Bench::statusMb("VmRSS")});
         std::printf("%6.0f s  VmRSS %7.2f MB  passes %6llu  faults %4d  restarts %4d  "
                     "reconnects %3d  messages %4d\n",
                     now, samples.back().rssMb, static_cast<unsigned long long>(MonitorPasses()),
