@@ -81,6 +81,16 @@ LineCount::~LineCount() {
     Link::removeTrafficObserver(m_observer);
 }
 
+double statusMb(const char *field) {
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly)) return -1;
+    const QByteArray key = QByteArray(field) + ':';
+    for (const QByteArray &line : status.readAll().split('\n'))
+        if (line.startsWith(key))
+            return line.mid(key.size()).trimmed().split(' ').value(0).toDouble() / 1024.0;
+    return -1;
+}
+
 int fail(const char *program, const QString &text) {
     std::fprintf(stderr, "%s: %s\n", program, qPrintable(text));
     return 1;

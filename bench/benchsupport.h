@@ -51,6 +51,9 @@ private:
     int m_observer;
 };
 
+// A size field of /proc/self/status ("VmRSS", "VmHWM") in MB; -1 when it cannot be read.
+double statusMb(const char *field);
+
 // Prints "<program>: <text>" to stderr and returns 1, for `return fail(...)` in main.
 int fail(const char *program, const QString &text);
 

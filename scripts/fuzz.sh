@@ -17,10 +17,12 @@ while getopts "t:h" opt; do
 done
 shift $((OPTIND - 1))
 targets=("$@")
-[ ${#targets[@]} -gt 0 ] || targets=(fuzz_replies fuzz_projectfile fuzz_textroutines fuzz_rackfile)
+[ ${#targets[@]} -gt 0 ] || targets=(fuzz_replies fuzz_projectfile fuzz_textroutines fuzz_rackfile
+    fuzz_wirelessfile fuzz_hlinkfile fuzz_vhxfile)
 
 # clang with its libFuzzer and sanitizer runtimes, Qt and the build tools (Debian 12).
-bash scripts/install-packages.sh clang libclang-rt-14-dev qt6-base-dev cmake ninja-build
+bash scripts/install-packages.sh clang libclang-rt-14-dev qt6-base-dev qt6-serialport-dev cmake \
+    ninja-build
 
 build=${VXCFG_FUZZ_DIR:-build-fuzz}
 out=${VXCFG_FUZZ_OUT:-fuzz-out}

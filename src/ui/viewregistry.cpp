@@ -51,6 +51,14 @@ bool IsViewRegistered(const QString &formName) {
     return it != entries().constEnd() && it->factory;
 }
 
+QStringList RegisteredViewNames() {
+    QStringList names;
+    for (auto it = entries().cbegin(); it != entries().cend(); ++it)
+        if (it->factory) names << it.key();
+    names.sort();
+    return names;
+}
+
 void ClearViewRegistry() {
     const auto table = entries();
     entries().clear();

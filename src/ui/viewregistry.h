@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 #include <functional>
 
 class QWidget;
@@ -29,6 +30,8 @@ QWidget *ViewByName(const QString &formName);
 QWidget *LoadedView(const QString &formName);
 // True when a factory is known for the name.
 bool IsViewRegistered(const QString &formName);
+// The form names with a factory, sorted.
+QStringList RegisteredViewNames();
 // Forgets every factory and every made form (tests); made forms are deleted.
 void ClearViewRegistry();
 

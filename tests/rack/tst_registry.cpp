@@ -75,6 +75,20 @@ private slots:
         ClearViewRegistry();
     }
 
+    // What the footprint benchmark walks: every form with a factory (the window's own overview
+    // among them), once, sorted; a name without a factory is left out.
+    void registeredNames() {
+        QStringList expected = RegisteredViewNames();
+        QVERIFY(expected.contains("frmOverview"));
+        registerFakes("frmQF8");
+        RegisterView("frmQF8", {});
+        for (const ModelRow &row : ModelRows())
+            if (row.form != "frmQF8") expected << row.form;
+        expected.removeDuplicates();
+        expected.sort();
+        QCOMPARE(RegisteredViewNames(), expected);
+    }
+
     // Rows whose order or shared prefixes a slip would break, and names no row knows (no form).
     void dispatch_data() {
         QTest::addColumn<QString>("name");
