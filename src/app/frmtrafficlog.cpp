@@ -1,6 +1,7 @@
 #include "app/frmtrafficlog.h"
 
 #include "app/trafficlog.h"
+#include "link/clock.h"
 #include "ui/people.h"
 #include "ui/textfile.h"
 #include "ui/widgets.h"
@@ -106,7 +107,7 @@ FrmTrafficLog::FrmTrafficLog(TrafficLogModel *log, QWidget *parent)
 
     auto *findDelay = new QTimer(this);
     findDelay->setSingleShot(true);
-    findDelay->setInterval(kFindDelayMs);
+    findDelay->setInterval(Clock::ms(kFindDelayMs));
     connect(txtLogFind, &QLineEdit::textChanged, findDelay, qOverload<>(&QTimer::start));
     connect(findDelay, &QTimer::timeout, this, [this] {
         m_filter->setTextFilter(txtLogFind->text());
