@@ -130,7 +130,9 @@ SimCard buildCard(const Scripts &scripts, int slot) {
     SimCard card;
     const QString own = script->lastReply(kGroupZero, QStringLiteral("04")).mid(1).trimmed();
     if (slot == 0) {
-        card.model = own.isEmpty() ? kUnknown : own;
+        // The comm card gives its name with a status behind a colon.
+        const QString name = own.section(QLatin1Char(':'), 0, 0);
+        card.model = name.isEmpty() ? kUnknown : name;
     } else {
         const QString listed = replyValue(scripts[0]->lastReply(kGroupZero, twoDigits(9 + slot)));
         const bool named =
