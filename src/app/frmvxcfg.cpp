@@ -2,9 +2,9 @@
 
 #include "app/frmcomport.h"
 #include "app/frmtrafficlog.h"
-#include "app/trafficlog.h"
 #include "app/frmversion.h"
 #include "app/session.h"
+#include "app/trafficlog.h"
 #include "link/link.h"
 #include "rack/cardtable.h"
 #include "rack/monitor.h"
