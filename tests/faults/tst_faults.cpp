@@ -117,8 +117,7 @@ QString loggedAfterI14(TrafficLogModel *log, int first) {
 struct ScannedRack : Desk {
     ScannedRack() {
         LoadDemoRack(sim.rack);
-        if (!connect(1) || !vxtest::choose(window->mnuToolsTrafficLog) ||
-            !press(window->CmdUpload))
+        if (!connect(1) || !vxtest::choose(window->mnuToolsTrafficLog) || !press(window->CmdUpload))
             QTest::qFail("no scan", __FILE__, __LINE__);
         messages.messages.clear();
         sim.rack.clearTranscript();
