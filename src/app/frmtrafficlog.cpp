@@ -38,26 +38,26 @@ FrmTrafficLog::FrmTrafficLog(TrafficLogModel *log, QWidget *parent)
     setWindowTitle(kTitle);
 
     auto *tools = new QHBoxLayout;
-    cmdLogPause = MakeButton(this, "cmdLogPause", tr("Pause"));
+    cmdLogPause = MakeButton(this, "cmdLogPause", QStringLiteral("Pause"));
     cmdLogPause->setCheckable(true);
     cboLogSlot = new QComboBox(this);
     cboLogSlot->setObjectName("cboLogSlot");
-    cboLogSlot->addItem(tr("All slots"), TrafficLogFilter::kAllSlots);
-    cboLogSlot->addItem(tr("00 comm card"), 0);
+    cboLogSlot->addItem(QStringLiteral("All slots"), TrafficLogFilter::kAllSlots);
+    cboLogSlot->addItem(QStringLiteral("00 comm card"), 0);
     for (int slot = 1; slot <= 16; ++slot)
         cboLogSlot->addItem(TrafficText::slotText(slot), slot);
     txtLogFind = new QLineEdit(this);
     txtLogFind->setObjectName("txtLogFind");
-    txtLogFind->setPlaceholderText(tr("text in the line, e.g. I41 or \\r"));
+    txtLogFind->setPlaceholderText(QStringLiteral("text in the line, e.g. I41 or \\r"));
     txtLogFind->setClearButtonEnabled(true);
-    cmdLogCopy = MakeButton(this, "cmdLogCopy", tr("Copy"));
-    cmdLogExport = MakeButton(this, "cmdLogExport", tr("Export..."));
-    cmdLogClear = MakeButton(this, "cmdLogClear", tr("Clear"));
+    cmdLogCopy = MakeButton(this, "cmdLogCopy", QStringLiteral("Copy"));
+    cmdLogExport = MakeButton(this, "cmdLogExport", QStringLiteral("Export..."));
+    cmdLogClear = MakeButton(this, "cmdLogClear", QStringLiteral("Clear"));
     tools->addWidget(cmdLogPause);
     tools->addSpacing(8);
-    tools->addWidget(MakeLabel(this, QString(), tr("Slot")));
+    tools->addWidget(MakeLabel(this, QString(), QStringLiteral("Slot")));
     tools->addWidget(cboLogSlot);
-    tools->addWidget(MakeLabel(this, QString(), tr("Find")));
+    tools->addWidget(MakeLabel(this, QString(), QStringLiteral("Find")));
     tools->addWidget(txtLogFind, 1);
     tools->addWidget(cmdLogCopy);
     tools->addWidget(cmdLogExport);
@@ -87,8 +87,8 @@ FrmTrafficLog::FrmTrafficLog(TrafficLogModel *log, QWidget *parent)
     columns->setStretchLastSection(true);
 
     lblLogStatus = MakeLabel(this, "lblLogStatus", QString());
-    auto *legend =
-        MakeLabel(this, QString(), tr("> sent   < reply   ! no reply   ? no valid reply"));
+    auto *legend = MakeLabel(this, QString(),
+                             QStringLiteral("> sent   < reply   ! no reply   ? no valid reply"));
     auto *foot = new QHBoxLayout;
     foot->addWidget(lblLogStatus, 1);
     foot->addWidget(legend);
@@ -145,18 +145,18 @@ void FrmTrafficLog::keepPlace(int removedAtTop) {
 
 void FrmTrafficLog::showStatus() {
     const QLocale locale;
-    QString text = tr("%1 rows").arg(locale.toString(m_log->rowCount()));
+    QString text = QStringLiteral("%1 rows").arg(locale.toString(m_log->rowCount()));
     if (m_filter->rowCount() != m_log->rowCount())
-        text += tr(", %1 shown").arg(locale.toString(m_filter->rowCount()));
+        text += QStringLiteral(", %1 shown").arg(locale.toString(m_filter->rowCount()));
     if (m_log->isPaused())
-        text += tr("; paused, %1 new rows held").arg(locale.toString(m_log->held()));
-    text += tr("; the last %1 are kept").arg(locale.toString(m_log->capacity()));
+        text += QStringLiteral("; paused, %1 new rows held").arg(locale.toString(m_log->held()));
+    text += QStringLiteral("; the last %1 are kept").arg(locale.toString(m_log->capacity()));
     lblLogStatus->setText(text);
 }
 
 void FrmTrafficLog::cmdLogPause_Click() {
     m_log->setPaused(cmdLogPause->isChecked());
-    cmdLogPause->setText(m_log->isPaused() ? tr("Resume") : tr("Pause"));
+    cmdLogPause->setText(m_log->isPaused() ? QStringLiteral("Resume") : QStringLiteral("Pause"));
     showStatus();
 }
 
@@ -180,8 +180,8 @@ void FrmTrafficLog::cmdLogCopy_Click() {
 void FrmTrafficLog::cmdLogExport_Click() {
     People::FileRequest request;
     request.save = true;
-    request.title = tr("Export the traffic log");
-    request.filter = tr("Traffic log (*.txt);;CSV (*.csv);;All files (*)");
+    request.title = QStringLiteral("Export the traffic log");
+    request.filter = QStringLiteral("Traffic log (*.txt);;CSV (*.csv);;All files (*)");
     request.defaultName = QStringLiteral("traffic.txt");
     const QString path = People::chooseFile(request);
     if (path.isEmpty()) return;

@@ -9,7 +9,7 @@ using TrafficText::Row;
 TrafficLogModel::TrafficLogModel(QObject *parent, int capacity)
     : QAbstractTableModel(parent), m_capacity(std::max(1, capacity)) {
     m_batch.setSingleShot(true);
-    m_batch.setInterval(kBatchMs);
+    m_sinceBatch.start();
     connect(&m_batch, &QTimer::timeout, this, &TrafficLogModel::flush);
     m_observer = Link::addTrafficObserver(
         [this](Link::Traffic kind, const QString &text) { record(kind, text); });
@@ -19,13 +19,20 @@ TrafficLogModel::~TrafficLogModel() {
     Link::removeTrafficObserver(m_observer);
 }
 
-// Runs inside every step of every exchange: append and arm the batch, nothing more.
+// Runs inside every step of every exchange: append and arm the batch, nothing more. A batch
+// (and the repaint of an open window) is best done just after a command has gone out: the wait
+// for its reply has room for it, so it delays no step.
 void TrafficLogModel::record(Link::Traffic kind, const QString &text) {
     m_incoming.push_back({QDateTime::currentMSecsSinceEpoch(), kind, text});
-    if (!m_batch.isActive()) m_batch.start();
+    if (kind == Link::Traffic::Sent && m_sinceBatch.elapsed() >= kBatchMs)
+        m_batch.start(0);
+    else if (!m_batch.isActive())
+        m_batch.start(kQuietBatchMs);
 }
 
 void TrafficLogModel::flush() {
+    m_batch.stop();
+    m_sinceBatch.start();
     // The selection is followed through every row in order, held or shown.
     for (Incoming &in : m_incoming)
         m_held.push_back({in.msecs, in.kind, m_follower.see(in.kind, in.text), std::move(in.text)});
@@ -113,13 +120,13 @@ QVariant TrafficLogModel::data(const QModelIndex &index, int role) const {
     if (role == Qt::ToolTipRole && index.column() == ColDirection) {
         switch (TrafficText::mark(r).toLatin1()) {
         case '>':
-            return tr("sent to the rack");
+            return QStringLiteral("sent to the rack");
         case '<':
-            return tr("the rack's reply");
+            return QStringLiteral("the rack's reply");
         case '!':
-            return tr("no reply: the step limit ran out or the line was lost");
+            return QStringLiteral("no reply: the step limit ran out or the line was lost");
         default:
-            return tr("no valid reply: noise, or a reply without its CR");
+            return QStringLiteral("no valid reply: noise, or a reply without its CR");
         }
     }
     return QVariant();
@@ -129,13 +136,13 @@ QVariant TrafficLogModel::headerData(int section, Qt::Orientation orientation, i
     if (orientation != Qt::Horizontal || role != Qt::DisplayRole) return QVariant();
     switch (section) {
     case ColTime:
-        return tr("Time");
+        return QStringLiteral("Time");
     case ColDirection:
-        return tr("Dir.");
+        return QStringLiteral("Dir.");
     case ColSlot:
-        return tr("Slot");
+        return QStringLiteral("Slot");
     case ColLine:
-        return tr("Line");
+        return QStringLiteral("Line");
     default:
         return QVariant();
     }

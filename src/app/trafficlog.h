@@ -3,6 +3,7 @@
 #include "link/traffictext.h"
 
 #include <QAbstractTableModel>
+#include <QElapsedTimer>
 #include <QSortFilterProxyModel>
 #include <QTimer>
 #include <deque>
@@ -16,7 +17,10 @@ class TrafficLogModel : public QAbstractTableModel {
 public:
     enum Column { ColTime, ColDirection, ColSlot, ColLine, ColumnCount };
     static constexpr int kCapacity = 100000;
-    static constexpr int kBatchMs = 100;
+    // Rows reach the model at most this often while the line is busy, and this long after the
+    // last one when it falls quiet.
+    static constexpr int kBatchMs = 200;
+    static constexpr int kQuietBatchMs = 300;
 
     explicit TrafficLogModel(QObject *parent = nullptr, int capacity = kCapacity);
     ~TrafficLogModel() override;
@@ -64,6 +68,7 @@ private:
     int m_count = 0;
     TrafficText::SlotFollower m_follower;
     QTimer m_batch;
+    QElapsedTimer m_sinceBatch;
 };
 
 // What the log window shows of the model: the rows of one slot, or those whose line holds a
