@@ -23,7 +23,12 @@ TrafficLogModel::~TrafficLogModel() {
 // (and the repaint of an open window) is best done just after a command has gone out: the wait
 // for its reply has room for it, so it delays no step.
 void TrafficLogModel::record(Link::Traffic kind, const QString &text) {
-    m_incoming.push_back({QDateTime::currentMSecsSinceEpoch(), kind, text});
+    // A lost line closes the port before its step gives up, so a closed port tells the user
+    // that no rack could have answered.
+    const SerialLine *line = Link::port();
+    const bool lineLost =
+        kind == Link::Traffic::NoReply && text.isEmpty() && (!line || !line->isOpen());
+    m_incoming.push_back({QDateTime::currentMSecsSinceEpoch(), kind, text, lineLost});
     if (kind == Link::Traffic::Sent && m_sinceBatch.elapsed() >= kBatchMs)
         m_batch.start(0);
     else if (!m_batch.isActive())
@@ -35,7 +40,8 @@ void TrafficLogModel::flush() {
     m_sinceBatch.start();
     // The selection is followed through every row in order, held or shown.
     for (Incoming &in : m_incoming)
-        m_held.push_back({in.msecs, in.kind, m_follower.see(in.kind, in.text), std::move(in.text)});
+        m_held.push_back(
+            {in.msecs, in.kind, m_follower.see(in.kind, in.text), std::move(in.text), in.lineLost});
     m_incoming.clear();
     while (m_held.size() > size_t(m_capacity))
         m_held.pop_front();
@@ -124,7 +130,8 @@ QVariant TrafficLogModel::data(const QModelIndex &index, int role) const {
         case '<':
             return QStringLiteral("the rack's reply");
         case '!':
-            return QStringLiteral("no reply: the step limit ran out or the line was lost");
+            return r.lineLost ? QStringLiteral("no reply: the line was closed or lost")
+                              : QStringLiteral("no reply: the step limit ran out");
         default:
             return QStringLiteral("no valid reply: noise, or a reply without its CR");
         }

@@ -54,6 +54,7 @@ private:
         qint64 msecs;
         Link::Traffic kind;
         QString text;
+        bool lineLost;
     };
     void record(Link::Traffic kind, const QString &text);
     void publish();

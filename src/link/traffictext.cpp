@@ -9,6 +9,7 @@ namespace {
 
 constexpr qint64 kDayMs = 24 * 60 * 60 * 1000;
 const QString kNoReplyText = QStringLiteral("(no reply)");
+const QString kLineLostText = QStringLiteral("(line lost)");
 const QString kTimeFormat = QStringLiteral("HH:mm:ss.zzz");
 
 // Where the fields of a plain row stand: "HH:mm:ss.zzz M SS text".
@@ -134,7 +135,8 @@ QString lineText(const Row &row) {
     case Link::Traffic::NoReply:
         break;
     }
-    return row.raw.isEmpty() ? kNoReplyText : visible(row.raw);
+    if (row.raw.isEmpty()) return row.lineLost ? kLineLostText : kNoReplyText;
+    return visible(row.raw);
 }
 
 QString plainRow(const Row &row) {
@@ -177,6 +179,7 @@ std::optional<Row> parsePlainRow(const QString &line, QString *why) {
     const QChar markChar = line.at(kMarkAt);
     if (markChar == QLatin1Char('!')) {
         row.kind = Link::Traffic::NoReply;
+        row.lineLost = text == kLineLostText;
         return row;
     }
     const std::optional<QString> raw = fromVisible(text);

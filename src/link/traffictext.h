@@ -11,6 +11,7 @@
 //   14:03:22.118 > 05 G01\r
 //   14:03:22.131 < 05 COK\r
 //   14:03:25.131 ! 05 (no reply)
+//   14:03:25.133 ! 05 (line lost)
 //   14:03:25.140 ? 05 \x01\xFE#?\x7F\r
 //
 // time to the millisecond, the mark (> sent, < reply, ! nothing came, ? bytes that made no
@@ -27,6 +28,9 @@ struct Row {
     // As it passed: a command with its CR, a reply without its CR, the bytes that made no reply
     // (empty when nothing came).
     QString raw;
+    // Nothing came because the line was closed or lost (an adapter pulled out): no wait for the
+    // rack would have helped.
+    bool lineLost = false;
 };
 
 // Control bytes, the backslash and bytes above 0x7E as escapes: \r \n \t \\ \xNN.

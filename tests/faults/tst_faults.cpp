@@ -215,7 +215,7 @@ private slots:
         const QMap<Fault, QString> shown = {{Fault::Silence, "! (no reply)"},
                                             {Fault::Garbage, "? \\x01\\xFE#?\\x7F\\r"},
                                             {Fault::NoCR, "? D5:QZ8"},
-                                            {Fault::Cut, "! (no reply)"},
+                                            {Fault::Cut, "! (line lost)"},
                                             {Fault::Stale, ""}};
         QCOMPARE(loggedAfterI14(log, logged), shown.value(fault));
 

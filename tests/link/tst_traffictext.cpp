@@ -52,6 +52,33 @@ private slots:
         QCOMPARE(TrafficText::fromVisible(shown), std::optional<QString>(raw));
     }
 
+    // Every kind of row goes out as a line of the file and comes back whole, a lost line
+    // told from a silent rack.
+    void rowsReadBack() {
+        using Link::Traffic;
+        const QList<TrafficText::Row> rows = {
+            {45296789, Traffic::Sent, -1, "G00\r", false},
+            {45296790, Traffic::Received, 0, "D5:QZ8", false},
+            {45296791, Traffic::NoReply, 16, "", false},
+            {45296792, Traffic::NoReply, 16, "", true},
+            {45296793, Traffic::NoReply, 5, QString::fromLatin1("\x01\xfe"), false}};
+        QStringList lines;
+        for (const TrafficText::Row &row : rows)
+            lines << TrafficText::plainRow(row);
+        QCOMPARE(lines,
+                 QStringList({"12:34:56.789 > -- G00\\r", "12:34:56.790 < 00 D5:QZ8\\r",
+                              "12:34:56.791 ! 16 (no reply)", "12:34:56.792 ! 16 (line lost)",
+                              "12:34:56.793 ? 05 \\x01\\xFE"}));
+        for (qsizetype n = 0; n < rows.size(); ++n) {
+            QString why;
+            const std::optional<TrafficText::Row> back = TrafficText::parsePlainRow(lines[n], &why);
+            QVERIFY2(back, qPrintable(why));
+            QCOMPARE(TrafficText::plainRow(*back), lines[n]);
+            QCOMPARE(back->raw, rows[n].raw);
+            QCOMPARE(back->lineLost, rows[n].lineLost);
+        }
+    }
+
     void brokenEscapesAreRefused() {
         for (const char *text : {"\\q", "\\x4", "ab\\", "\\x-1", "\\xZZ"})
             QVERIFY2(!TrafficText::fromVisible(QString::fromLatin1(text)), text);
