@@ -3,6 +3,7 @@
 #include "app/desk.h"
 
 #include "app/frmtrafficlog.h"
+#include "demorack.h"
 #include "rack/monitor.h"
 #include "ui/widgets.h"
 
@@ -77,6 +78,19 @@ inline bool exportLog(Desk &d, const QString &path) {
     window->cmdLogExport->click();
     People::setFileHandler({});
     return d.messages.messages.isEmpty() && QFileInfo(path).size() > 0;
+}
+
+// A session worked through in the field: the demo rack with its values standing still at `time`
+// (so screens can be compared), `prepare` to make trouble, and the log saved to `path`. The
+// screens; nothing when the log could not be saved.
+inline QStringList workInTheField(const QString &path, qint64 time,
+                                  const std::function<void(SimRack &)> &prepare = {}) {
+    Desk field;
+    LoadDemoRack(field.sim.rack);
+    field.sim.rack.setTime(time);
+    if (prepare) prepare(field.sim.rack);
+    const QStringList screens = workThrough(field, 8);
+    return exportLog(field, path) ? screens : QStringList();
 }
 
 } // namespace vxtest

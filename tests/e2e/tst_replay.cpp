@@ -1,6 +1,5 @@
 #include "app/screen.h"
 
-#include "demorack.h"
 #include "link/qserialline.h"
 
 #include <QProcess>
@@ -18,14 +17,7 @@ private slots:
     void replayedLogGivesTheSameScreens() {
         QTemporaryDir dir;
         const QString log = dir.filePath("field.txt");
-        QStringList recorded;
-        {
-            Desk field;
-            LoadDemoRack(field.sim.rack);
-            field.sim.rack.setTime(4711); // values that stand still, so screens can be compared
-            recorded = vxtest::workThrough(field, 8);
-            QVERIFY(vxtest::exportLog(field, log));
-        }
+        const QStringList recorded = vxtest::workInTheField(log, 4711);
         QVERIFY(recorded.contains("after monitor pass"));
 
         QProcess sim;

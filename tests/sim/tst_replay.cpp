@@ -126,15 +126,9 @@ private slots:
         QFETCH(int, fault);
         QTemporaryDir dir;
         const QString path = dir.filePath("field.txt");
-        QStringList recorded;
-        {
-            Desk field;
-            LoadDemoRack(field.sim.rack);
-            field.sim.rack.setTime(90210); // values that stand still, so screens can be compared
-            if (fault >= 0) field.sim.rack.addFault({SimFault(fault), "I14", -1});
-            recorded = vxtest::workThrough(field, 8);
-            QVERIFY(vxtest::exportLog(field, path));
-        }
+        const QStringList recorded = vxtest::workInTheField(path, 90210, [&](SimRack &rack) {
+            if (fault >= 0) rack.addFault({SimFault(fault), "I14", -1});
+        });
         QVERIFY(recorded.contains(fault >= 0 ? "message Uploading incomplete / Uploading"
                                              : "after monitor pass"));
         Desk desk;
