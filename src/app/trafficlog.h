@@ -18,7 +18,8 @@ public:
     enum Column { ColTime, ColDirection, ColSlot, ColLine, ColumnCount };
     static constexpr int kCapacity = 100000;
     // Rows reach the model at most this often while the line is busy, and this long after the
-    // last one when it falls quiet.
+    // last one when it falls quiet. Real time, not the program's clock: they bound what the open
+    // window's repaints cost, and a clock shortened for tests does not make a repaint shorter.
     static constexpr int kBatchMs = 200;
     static constexpr int kQuietBatchMs = 300;
 
