@@ -5,8 +5,10 @@
 #include "benchsupport.h"
 
 #include "app/allviews.h"
+#include "app/frmtrafficlog.h"
 #include "app/frmvxcfg.h"
 #include "app/session.h"
+#include "app/trafficlog.h"
 #include "link/exchange.h"
 #include "link/link.h"
 #include "link/qserialline.h"
@@ -75,6 +77,63 @@ void printRow(const char *name, const Figures &f) {
                 f.lineMs, f.wallMs / f.lineMs, f.cpuMs, 100.0 * f.cpuMs / f.wallMs);
 }
 
+// What the traffic log costs a line: the observer that runs inside each step (one more log
+// beside the program's own), and the batch that brings rows into the open window afterwards, in
+// batches of the size a 100 ms timer collects on the line and in one large one.
+void printTrafficLogCost(TrafficLogModel *log) {
+    constexpr int kLines = 200000;
+    const QString command = QStringLiteral("I14\r");
+    const QString reply = QStringLiteral("D5:QZ8");
+    const auto notifyAll = [&] {
+        const double before = Bench::cpuMsSelf();
+        for (int n = 0; n < kLines / 2; ++n) {
+            Link::notifyTraffic(Link::Traffic::Sent, command);
+            Link::notifyTraffic(Link::Traffic::Received, reply);
+        }
+        return Bench::cpuMsSelf() - before;
+    };
+    log->flush();
+    log->clear();
+    log->setPaused(true);
+    const double withProgramLog = notifyAll();
+    double withOneMore = 0;
+    {
+        TrafficLogModel another(nullptr, kLines);
+        withOneMore = notifyAll();
+    }
+    log->clear();
+    log->setPaused(false);
+
+    constexpr int kBatch = 20;
+    constexpr int kBatches = 500;
+    double batchMs = 0;
+    for (int b = 0; b < kBatches; ++b) {
+        for (int n = 0; n < kBatch / 2; ++n) {
+            Link::notifyTraffic(Link::Traffic::Sent, command);
+            Link::notifyTraffic(Link::Traffic::Received, reply);
+        }
+        const double before = Bench::cpuMsSelf();
+        log->flush();
+        QCoreApplication::processEvents(); // the window repaints what came
+        batchMs += Bench::cpuMsSelf() - before;
+    }
+    log->clear();
+    for (int n = 0; n < kLines / 2; ++n) {
+        Link::notifyTraffic(Link::Traffic::Sent, command);
+        Link::notifyTraffic(Link::Traffic::Received, reply);
+    }
+    double before = Bench::cpuMsSelf();
+    log->flush();
+    QCoreApplication::processEvents();
+    const double bigBatchMs = Bench::cpuMsSelf() - before;
+
+    std::printf("\ntraffic log, CPU a line: observer %.3f us (%d lines); into the open window "
+                "%.1f us in batches of %d (%.2f ms a batch), %.2f us in one batch of %d\n",
+                1e3 * (withOneMore - withProgramLog) / kLines, kLines,
+                1e3 * batchMs / (kBatch * kBatches), kBatch, batchMs / kBatches,
+                1e3 * bigBatchMs / kLines, kLines);
+}
+
 // One tick of the view with the given request pending, run at once rather than on its timer, so
 // that the figure is the operation's and not the wait for the next tick.
 void runViewRequest(CardView *view, bool CardView::*pending) {
@@ -96,7 +155,9 @@ int main(int argc, char **argv) {
     parser.addHelpOption();
     const QCommandLineOption repeat({"n", "runs"}, "Runs of each operation (5).", "n", "5");
     const QCommandLineOption sim("sim", "The vxrack-sim program.", "path");
-    parser.addOptions({repeat, sim});
+    const QCommandLineOption trafficLog(
+        "traffic-log", "Runs with the traffic log window open, and prints what it costs a line.");
+    parser.addOptions({repeat, sim, trafficLog});
     parser.process(app);
     bool ok = false;
     const int runs = parser.value(repeat).toInt(&ok);
@@ -110,6 +171,8 @@ int main(int argc, char **argv) {
     FrmVxCfg window;
     window.setEndProgram([] {});
     window.show();
+    FrmTrafficLog *logWindow =
+        parser.isSet(trafficLog) ? ShowTrafficLog(window.trafficLog(), &window) : nullptr;
     auto *line = new QSerialLine;
     Link::setPort(std::unique_ptr<SerialLine>(line));
     if (!line->open(1, &error)) return fail(error);
@@ -140,6 +203,8 @@ int main(int argc, char **argv) {
     const double cpuMs = Bench::cpuMsSelf() - cpuBefore;
     const double simCpuMs = simulator.cpuMs() - simCpuBefore;
     Link::setPort(nullptr);
+    window.trafficLog()->flush();
+    const int logged = window.trafficLog()->rowCount();
 
     std::printf("\nMedian of %d runs each; line time is 10 bits a byte at 9600 baud.\n\n", runs);
     std::printf("%-26s %6s %7s %10s %10s %7s %8s %7s\n", "operation", "steps", "bytes", "time ms",
@@ -151,6 +216,10 @@ int main(int argc, char **argv) {
     std::printf("\nwhole run %.0f ms: CPU %.0f ms here (%.2f%% of a core), %.0f ms in the "
                 "simulator\n",
                 totalMs, cpuMs, 100.0 * cpuMs / totalMs, simCpuMs);
+    if (logWindow) {
+        std::printf("the traffic log window was open: %d rows\n", logged);
+        printTrafficLogCost(window.trafficLog());
+    }
     const qint64 silent = scan.silent + pass.silent + upload.silent + download.silent;
     if (silent > 0) return fail(QStringLiteral("%1 steps got no reply").arg(silent));
     return 0;

@@ -2,6 +2,7 @@
 #include "demorack.h"
 #include "ptyserver.h"
 #include "rackfile.h"
+#include "replay.h"
 #include "simoptions.h"
 
 #include <QCoreApplication>
@@ -63,9 +64,14 @@ int main(int argc, char **argv) {
     }
 
     SimRack rack;
-    if (options.rackFile.isEmpty()) {
+    bool loaded = true;
+    if (!options.fromLog.isEmpty())
+        loaded = Replay::load(options.fromLog, rack, &message);
+    else if (!options.rackFile.isEmpty())
+        loaded = RackFile::load(options.rackFile, rack, &message);
+    else
         LoadDemoRack(rack);
-    } else if (!RackFile::load(options.rackFile, rack, &message)) {
+    if (!loaded) {
         printLine(stderr, QStringLiteral("vxrack-sim: ") + message);
         return 1;
     }

@@ -97,13 +97,18 @@ SimCommand parseSimOptions(const QStringList &arguments, SimOptions &options, QS
         "port-dir", "The ports folder (default $VXCFG_PORT_DIR, else ~/.config/vxcfg/ports).",
         "dir");
     const QCommandLineOption rack("rack", "Serves the rack described in <file>.", "file");
+    const QCommandLineOption fromLog(
+        "from-log",
+        "Serves the rack that a traffic log saved by VXCFG (plain text) shows, answering as it "
+        "answered then.",
+        "file");
     const QCommandLineOption writeRack(
-        "write-rack", "Writes the rack (demo or --rack) to <file> and stops.", "file");
+        "write-rack", "Writes the rack (demo, --rack or --from-log) to <file> and stops.", "file");
     const QCommandLineOption baud("baud", "Emulates 9600 baud: about 1.04 ms a byte, both ways.");
     const QCommandLineOption log("log", "Writes every command and reply to <file> as they pass.",
                                  "file");
     const QCommandLineOption fault("fault", "Adds a fault (see below).", "fault");
-    parser.addOptions({help, com, portDir, rack, writeRack, baud, log, fault});
+    parser.addOptions({help, com, portDir, rack, fromLog, writeRack, baud, log, fault});
 
     if (!parser.parse(arguments)) {
         if (message) *message = parser.errorText();
@@ -127,6 +132,11 @@ SimCommand parseSimOptions(const QStringList &arguments, SimOptions &options, QS
     }
     options.portDir = parser.isSet(portDir) ? parser.value(portDir) : ComPorts::portDirectory();
     options.rackFile = parser.value(rack);
+    options.fromLog = parser.value(fromLog);
+    if (!options.rackFile.isEmpty() && !options.fromLog.isEmpty()) {
+        if (message) *message = QStringLiteral("--rack and --from-log exclude each other.");
+        return SimCommand::Error;
+    }
     options.writeRack = parser.value(writeRack);
     options.emulateBaud = parser.isSet(baud);
     options.logFile = parser.value(log);

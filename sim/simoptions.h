@@ -12,6 +12,7 @@ struct SimOptions {
     int com = 1;
     QString portDir;   // where COMn is linked
     QString rackFile;  // empty: the demo rack
+    QString fromLog;   // a saved traffic log to replay instead
     QString writeRack; // write the rack to this file and stop
     bool emulateBaud = false;
     QString logFile;

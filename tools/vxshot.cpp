@@ -4,7 +4,7 @@
 // a window shows as PNG. Messages are printed and answered OK instead of shown.
 //
 //   vxshot [--rack FILE] [--comm MODEL[@VERSION]] [--card SLOT=MODEL[@VERSION]]... [--no-scan]
-//          STEP...
+//          [--fault KIND[:MATCH[:COUNT[:PARAM]]]]... STEP...      (faults as vxrack-sim takes them)
 //   STEP:  --slot N              pick slot N in the card selector (0: the overview)
 //          --click NAME          click the button or menu item of that objectName
 //          --press NAME          press the mouse on that button and keep it down
@@ -24,6 +24,7 @@
 #include "rack/cardtable.h"
 #include "rackfile.h"
 #include "simline.h"
+#include "simoptions.h"
 #include "ui/people.h"
 
 #include <QAbstractButton>
@@ -187,7 +188,7 @@ bool parseCard(const QString &text, SimCard &card) {
 int usage() {
     std::fprintf(stderr,
                  "usage: vxshot [--rack FILE] [--comm MODEL[@VER]] [--card SLOT=MODEL[@VER]]"
-                 " [--no-scan] STEP...\n(see the top of tools/vxshot.cpp)\n");
+                 " [--no-scan] [--fault FAULT]... STEP...\n(see the top of tools/vxshot.cpp)\n");
     return 2;
 }
 
@@ -220,6 +221,14 @@ int main(int argc, char **argv) {
             if (!parseCard(value, card)) return usage();
             InstallCommProfile(card);
             rack.comm() = card;
+        } else if (verb == "fault") {
+            QString error;
+            const std::optional<SimFaultRule> rule = parseFault(value, &error);
+            if (!rule) {
+                say(error);
+                return 1;
+            }
+            rack.addFault(*rule);
         } else if (verb == "card") {
             const int slot = value.section('=', 0, 0).toInt();
             if (slot < 1 || slot > 16 || !parseCard(value.section('=', 1), rack.slot(slot)))

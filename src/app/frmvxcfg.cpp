@@ -1,8 +1,10 @@
 #include "app/frmvxcfg.h"
 
 #include "app/frmcomport.h"
+#include "app/frmtrafficlog.h"
 #include "app/frmversion.h"
 #include "app/session.h"
+#include "app/trafficlog.h"
 #include "link/link.h"
 #include "rack/cardtable.h"
 #include "rack/monitor.h"
@@ -55,7 +57,8 @@ FrmVxCfg *MainWindow() {
 }
 
 FrmVxCfg::FrmVxCfg(QWidget *parent)
-    : QMainWindow(parent), m_endProgram([] { QCoreApplication::exit(0); }) {
+    : QMainWindow(parent), m_trafficLog(new TrafficLogModel(this)),
+      m_endProgram([] { QCoreApplication::exit(0); }) {
     g_mainWindow = this;
     SetViewHost(this);
     SetDisconnectHandler(ShowDisconnected);
@@ -113,12 +116,17 @@ void FrmVxCfg::buildMenus() {
     mnuHelp->setObjectName("mnuHelp");
     mnuHelpVersion = menuItem(mnuHelp, "mnuHelpVersion", QStringLiteral("Version"));
 
+    mnuTools = menuBar()->addMenu(QStringLiteral("Tools"));
+    mnuTools->setObjectName("mnuTools");
+    mnuToolsTrafficLog = menuItem(mnuTools, "mnuToolsTrafficLog", QStringLiteral("Traffic Log"));
+
     connect(mnuFilesOpen, &QAction::triggered, this, &FrmVxCfg::mnuFilesOpen_Click);
     connect(mnuFilesSave, &QAction::triggered, this, &FrmVxCfg::mnuFilesSave_Click);
     connect(mnuFilesEnd, &QAction::triggered, this, &FrmVxCfg::mnuFilesEnd_Click);
     connect(mnuConnectConnect, &QAction::triggered, this, &FrmVxCfg::mnuConnectConnect_Click);
     connect(mnuConnectDisconnect, &QAction::triggered, this, &FrmVxCfg::mnuConnectDisconnect_Click);
     connect(mnuHelpVersion, &QAction::triggered, this, &FrmVxCfg::mnuHelpVersion_Click);
+    connect(mnuToolsTrafficLog, &QAction::triggered, this, &FrmVxCfg::mnuToolsTrafficLog_Click);
 }
 
 QWidget *FrmVxCfg::buildPanel() {
@@ -356,6 +364,10 @@ void FrmVxCfg::mnuConnectDisconnect_Click() {
 
 void FrmVxCfg::mnuHelpVersion_Click() {
     VersionDialog()->exec();
+}
+
+void FrmVxCfg::mnuToolsTrafficLog_Click() {
+    ShowTrafficLog(m_trafficLog, this);
 }
 
 // --- Commands

@@ -12,6 +12,7 @@ class QLabel;
 class QMenu;
 class QPushButton;
 class QTimer;
+class TrafficLogModel;
 
 // The frame of the program: menus, the panel of commands with the card selector and the link
 // indicators, and the work area in which exactly one view is on show.
@@ -64,6 +65,12 @@ public:
     QAction *mnuConnectDisconnect;
     QMenu *mnuHelp;
     QAction *mnuHelpVersion;
+    // The program's own tools, beside what the rack needs: they watch and change nothing.
+    QMenu *mnuTools;
+    QAction *mnuToolsTrafficLog;
+
+    // The log of the line, recording since the window was made.
+    TrafficLogModel *trafficLog() const { return m_trafficLog; }
 
     // Where the views live.
     QWidget *workArea() const { return m_workArea; }
@@ -92,6 +99,7 @@ public slots:
     void mnuConnectConnect_Click();
     void mnuConnectDisconnect_Click();
     void mnuHelpVersion_Click();
+    void mnuToolsTrafficLog_Click();
     void cboCardNo_Click();
     void cmdOverView_Click();
     void CmdUpload_Click();
@@ -113,6 +121,7 @@ private:
     bool showDialog(const QString &formName, bool start);
 
     QWidget *m_workArea;
+    TrafficLogModel *m_trafficLog;
     std::function<void()> m_endProgram;
     bool m_ending = false;
 };

@@ -108,7 +108,9 @@ void SendRecv(const QString &command, QString &reply) {
         reply = QString::fromLatin1(received);
         Link::notifyTraffic(Link::Traffic::Received, reply);
     } else {
-        Link::notifyTraffic(Link::Traffic::NoReply, QString());
+        // What came instead of a reply goes to the observers, so that a log shows the noise.
+        if (complete) received += '\r';
+        Link::notifyTraffic(Link::Traffic::NoReply, QString::fromLatin1(received));
     }
     --stepsUnderWay;
     IntervalTimerOff();

@@ -16,6 +16,8 @@ SerialLine *port();
 // one it replaces.
 std::unique_ptr<SerialLine> setPort(std::unique_ptr<SerialLine> line);
 
+// Sent: a command with its CR. Received: a reply without its CR. NoReply: the step ended without
+// one; the text is what came instead (noise, a line without its CR), empty when nothing did.
 enum class Traffic { Sent, Received, NoReply };
 using TrafficObserver = std::function<void(Traffic kind, const QString &text)>;
 int addTrafficObserver(TrafficObserver observer);

@@ -5,6 +5,7 @@
 #include "app/desk.h"
 
 #include "app/session.h"
+#include "app/trafficlog.h"
 #include "demorack.h"
 #include "link/exchange.h"
 #include "views/common/cardview.h"
@@ -100,11 +101,24 @@ std::function<bool(const QStringList &)> atNth(const QString &line, int n = 1) {
         [line, n](const QStringList &sent) { return sent.count(line) == n && sent.last() == line; };
 }
 
-// The demo rack, connected and scanned, every message so far forgotten.
+// What the traffic log shows after the first item 14 sent since row `first`: its mark and its
+// line, or nothing when no such command went out.
+QString loggedAfterI14(TrafficLogModel *log, int first) {
+    log->flush();
+    for (int n = first; n + 1 < log->rowCount(); ++n)
+        if (log->row(n).raw == "I14\r")
+            return QString(TrafficText::mark(log->row(n + 1))) + ' ' +
+                   TrafficText::lineText(log->row(n + 1));
+    return QString();
+}
+
+// The demo rack, connected and scanned, every message so far forgotten; the traffic log is open
+// and watches whatever comes.
 struct ScannedRack : Desk {
     ScannedRack() {
         LoadDemoRack(sim.rack);
-        if (!connect(1) || !press(window->CmdUpload)) QTest::qFail("no scan", __FILE__, __LINE__);
+        if (!connect(1) || !vxtest::choose(window->mnuToolsTrafficLog) || !press(window->CmdUpload))
+            QTest::qFail("no scan", __FILE__, __LINE__);
         messages.messages.clear();
         sim.rack.clearTranscript();
     }
@@ -189,11 +203,21 @@ private slots:
             CardTable(slot).CardName = "OLD";
         if (fault == Fault::Stale) QVERIFY(rack.leaveLateReply());
         rack.sim.rack.clearTranscript();
+        TrafficLogModel *log = rack.window->trafficLog();
+        log->flush();
+        const int logged = log->rowCount();
 
         LineWatch watch(rack.sim.rack, atNth("I14"), fault);
         QVERIFY(press(rack.window->CmdUpload));
         QVERIFY(watch.endedInTime());
         QCoreApplication::processEvents();
+        // The log shows what came instead of slot 5's name.
+        const QMap<Fault, QString> shown = {{Fault::Silence, "! (no reply)"},
+                                            {Fault::Garbage, "? \\x01\\xFE#?\\x7F\\r"},
+                                            {Fault::NoCR, "? D5:QZ8"},
+                                            {Fault::Cut, "! (line lost)"},
+                                            {Fault::Stale, ""}};
+        QCOMPARE(loggedAfterI14(log, logged), shown.value(fault));
 
         QVERIFY(rack.incompleteShown());
         const int read = fault == Fault::Stale ? 0 : 4;
