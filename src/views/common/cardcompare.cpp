@@ -38,6 +38,20 @@ CardRecord marked(const CardRecord &record) {
     return marks;
 }
 
+// A record whose every cell names itself, and the text a field shows for it.
+QString cellMark(Cell kind, int index) {
+    return QStringLiteral("\x01%1%2").arg(kind == Cell::Param ? 'P' : 'C').arg(index);
+}
+
+CardRecord selfNamed(const CardRecord &record) {
+    CardRecord marks = record;
+    for (int k = 1; k <= CardRecord::kParams; ++k)
+        marks.Param(k) = cellMark(Cell::Param, k);
+    for (int ch = 1; ch <= CardRecord::kChParams; ++ch)
+        marks.ChParam(ch) = cellMark(Cell::ChParam, ch);
+    return marks;
+}
+
 struct HeldWrite {
     QString group;
     QString item;
@@ -174,6 +188,12 @@ CompareResult CardCompare::Run(CardView &view) {
         DryRun dry;
         std::unique_ptr<CardView> scratch = scratchOf(view);
         if (!scratch) return result;
+        // Where the plan does not name a cell, the text box that shows it does.
+        record = selfNamed(saved);
+        scratch->ViewRefresh();
+        QHash<QString, QString> boxOfMark;
+        for (const QLineEdit *box : scratch->findChildren<QLineEdit *>())
+            if (box->text().startsWith(QChar(1))) boxOfMark.insert(box->text(), box->objectName());
         record = marked(saved);
         scratch->TakeEditsFrom(view);
         dry.writes.clear(); // only the Download's own writes count
@@ -202,6 +222,13 @@ CompareResult CardCompare::Run(CardView &view) {
                 row.written = row.written && param->item && dry.wroteItem(param->item(ch));
             if (!row.read && !row.written) return;
             row.name = view.CellName(kind, index);
+            if (row.name.isEmpty()) {
+                const QString box = boxOfMark.value(cellMark(kind, index));
+                row.name = box.startsWith(QLatin1String("txt")) ? box.mid(3) : box;
+            }
+            if (row.name.isEmpty())
+                row.name = QString::fromLatin1(kind == Cell::Param ? "Param(%1)" : "ChParam(%1)")
+                               .arg(index);
             row.onCard = row.read ? onCard : QString();
             row.toWrite = row.written ? toWrite : QString();
             result.rows.append(row);

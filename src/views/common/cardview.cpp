@@ -373,11 +373,11 @@ QString CardView::CellName(Cell kind, int index) const {
     if (const ParamSpec *param = ParamOfCell(kind, index, ch)) {
         QStringList words;
         for (const QString &word : {param->groupCaption, param->caption})
-            if (!word.isEmpty()) words.append(word);
+            if (!word.trimmed().isEmpty()) words.append(word.trimmed());
         const QString name = words.isEmpty() ? param->control : words.join(QLatin1Char(' '));
         return param->perCard ? name : QStringLiteral("Ch %1 %2").arg(ch).arg(name);
     }
-    return QString::fromLatin1(kind == Cell::Param ? "Param(%1)" : "ChParam(%1)").arg(index);
+    return QString();
 }
 
 QString &CardView::cellOf(const ParamSpec &param, int ch) const {

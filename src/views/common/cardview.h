@@ -192,7 +192,8 @@ protected:
     // by name, and what a family keeps beside them (a page not on show). The compare's scratch
     // copy takes the user's edits this way, so that the user's own view is never worked on.
     virtual void TakeEditsFrom(const CardView &source);
-    // The parameter a record cell holds, as the compare names it: from the plan, else the cell.
+    // The parameter a record cell holds, as the compare names it; empty where the plan does not
+    // know it (the compare then names it by the field that shows it).
     virtual QString CellName(Cell kind, int index) const;
     // The parameter of the plan whose cell it is, and its channel; null for none.
     const ParamSpec *ParamOfCell(Cell kind, int index, int &ch) const;
