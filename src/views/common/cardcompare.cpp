@@ -206,7 +206,13 @@ CompareResult CardCompare::Run(CardView &view) {
         // The card's side: the view's own Upload, reading into the scratch copy.
         SetWriteHold({});
         record = marked(saved);
+        // A read that failed may still leave a value in its cell (a flag shows "0"), so the
+        // steps that went unanswered are counted on the line itself.
+        const int watch = Link::addTrafficObserver([&result](Link::Traffic kind, const QString &) {
+            if (kind == Link::Traffic::NoReply) ++result.noReplies;
+        });
         scratch->ViewUpload();
+        Link::removeTrafficObserver(watch);
         const CardRecord card = record;
         record = saved;
 
@@ -320,6 +326,11 @@ void FrmCompare::showResult(CardView *view, const CompareResult &result) {
         summary = "This view has no parameters to compare.";
     } else if (read > 0 && unanswered == read) {
         summary = "The card did not answer: no value could be read. The line may be lost.";
+    } else if (result.noReplies > 0) {
+        summary = QStringLiteral("The card did not answer %1 of the reads: the values on the card "
+                                 "are not sure. The line may be lost; compare again once it is "
+                                 "back.")
+                      .arg(result.noReplies);
     } else {
         summary =
             result.differing() == 0

@@ -31,6 +31,7 @@ struct CompareResult {
     // The writes the Download would have sent, "G01 I42 D100", in order: held back, never sent.
     QStringList heldWrites;
     bool lineOpen = true; // the line was open when the compare began
+    int noReplies = 0;    // steps of the card's read that got no reply
     int differing() const;
     int unanswered() const;
 };
