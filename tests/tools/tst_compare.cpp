@@ -65,6 +65,7 @@ private slots:
     void threeEditsShowAsThreeDifferingRows() {
         CardDesk rack("QF4", 3);
         rack.runWorker(rack.view->cmdUp);
+        const QStringList opening = dataLines(rack.sent()); // an Upload's own
         rack.box("txtZScale", 1)->setText("1500");
         rack.box("txtBias", 2)->setText("-12");
         rack.box("txtEnable", 4)->setText("1");
@@ -81,7 +82,8 @@ private slots:
         // Read, not written: the reads of an Upload went out, no data line did.
         const QStringList sent = rack.sent();
         QVERIFY(sent.contains("I42"));
-        QCOMPARE(dataLines(sent), QStringList({"D1", "D1"})); // the Upload opens groups 01 and 02
+        for (const QString &line : dataLines(sent))
+            QVERIFY2(opening.contains(line), qPrintable(line));
         QCOMPARE(rack.sim.rack.slot(3).groups, stores);
         QCOMPARE(fieldTexts(*rack.view), fields);
         QCOMPARE(cardRecordText(3), record);
