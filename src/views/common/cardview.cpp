@@ -133,12 +133,19 @@ CardView::CardView(ViewSpec plan, QWidget *parent) : QWidget(parent), m_spec(std
     header->addWidget(ViewBuilders::caption(fraSetModel, "Version"));
     header->addWidget(txtVerNo);
     header->addStretch();
-    cmdTrend = new QPushButton("Trend", fraSetModel);
-    cmdTrend->setObjectName("cmdTrend");
-    cmdTrend->setAutoDefault(false);
-    cmdTrend->setToolTip("A plot of the live values over time");
-    header->addWidget(cmdTrend);
-    connect(cmdTrend, &QPushButton::clicked, this, &CardView::cmdTrend_Click);
+    // The tools' buttons never take Enter from the fields.
+    const auto toolButton = [&](const char *text, const char *name, const char *tip,
+                                void (CardView::*click)()) {
+        auto *button = new QPushButton(text, fraSetModel);
+        button->setObjectName(name);
+        button->setAutoDefault(false);
+        button->setToolTip(tip);
+        header->addWidget(button);
+        connect(button, &QPushButton::clicked, this, click);
+        return button;
+    };
+    cmdTrend = toolButton("Trend", "cmdTrend", "A plot of the live values over time",
+                          &CardView::cmdTrend_Click);
     cmdUp = nullptr;
     cmdDown = nullptr;
     cmdCompare = nullptr;
@@ -151,12 +158,9 @@ CardView::CardView(ViewSpec plan, QWidget *parent) : QWidget(parent), m_spec(std
         header->addWidget(cmdDown);
         connect(cmdUp, &QPushButton::clicked, this, &CardView::cmdUp_Click);
         connect(cmdDown, &QPushButton::clicked, this, &CardView::cmdDown_Click);
-        cmdCompare = new QPushButton("Compare", fraSetModel);
-        cmdCompare->setObjectName("cmdCompare");
-        cmdCompare->setAutoDefault(false);
-        cmdCompare->setToolTip("The card's values beside what Download would write");
-        header->addWidget(cmdCompare);
-        connect(cmdCompare, &QPushButton::clicked, this, &CardView::cmdCompare_Click);
+        cmdCompare = toolButton("Compare", "cmdCompare",
+                                "The card's values beside what Download would write",
+                                &CardView::cmdCompare_Click);
         new EnabledMirror(cmdDown, cmdCompare);
     }
     layout->addWidget(fraSetModel);
