@@ -29,7 +29,7 @@ namespace {
 // The span choices, in seconds, and the one a new plot starts with.
 const QList<QPair<QString, int>> kSpans = {{"1 min", 60},   {"2 min", 120},   {"5 min", 300},
                                            {"10 min", 600}, {"30 min", 1800}, {"1 h", 3600}};
-constexpr int kStartSpan = 2;
+constexpr int kStartSpan = 0;
 // What is kept: the longest span.
 constexpr int kKeptSeconds = 3600;
 // Channels drawn when a plot opens; the others wait to be picked.
@@ -163,6 +163,9 @@ FrmTrend::FrmTrend(LiveFeed *feed, const QString &source, QWidget *parent)
     m_timeAxis = new QDateTimeAxis(m_chart);
     m_timeAxis->setFormat("hh:mm:ss");
     m_timeAxis->setTickCount(7);
+    // A date axis first given its range once on the screen never shows its labels.
+    const QDateTime now = QDateTime::currentDateTime();
+    m_timeAxis->setRange(now.addSecs(-kSpans.at(kStartSpan).second), now);
     m_valueAxis = new QValueAxis(m_chart);
     m_valueAxis->setLabelFormat("%g");
     m_chart->addAxis(m_timeAxis, Qt::AlignBottom);

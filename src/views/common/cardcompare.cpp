@@ -262,6 +262,8 @@ FrmCompare::FrmCompare(QWidget *parent) : QDialog(parent) {
     tblCompare->setObjectName("tblCompare");
     tblCompare->setHorizontalHeaderLabels({"", "Parameter", "On the card", "Download writes"});
     tblCompare->verticalHeader()->setVisible(false);
+    // One line a parameter: a card has up to a hundred of them.
+    tblCompare->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
     tblCompare->setSelectionBehavior(QAbstractItemView::SelectRows);
     tblCompare->setEditTriggers(QAbstractItemView::NoEditTriggers);
     QHeaderView *header = tblCompare->horizontalHeader();
