@@ -137,20 +137,31 @@ private slots:
         window->cmdClose->click();
     }
 
-    // A card that does not answer: the window says so, the fields stay, the program goes on.
-    void aSilentCardIsSaid() {
+    // A card that falls silent, talks garbage or loses its line: the window says so, the user's
+    // fields stay, nothing is written and the program goes on.
+    void aCardThatFailsIsSaid_data() {
+        QTest::addColumn<int>("fault");
+        QTest::addColumn<QString>("summary");
+        QTest::newRow("silence") << int(SimFault::NoReply) << "The card did not answer (";
+        QTest::newRow("garbage") << int(SimFault::Garbage) << "The card did not answer (";
+        QTest::newRow("line cut") << int(SimFault::CutLine) << "The card did not answer";
+    }
+    void aCardThatFailsIsSaid() {
+        QFETCH(int, fault);
+        QFETCH(QString, summary);
         CardDesk rack("QF4", 3);
         rack.runWorker(rack.view->cmdUp);
         rack.box("txtZScale", 1)->setText("1500");
-        rack.sim.rack.addFault({SimFault::NoReply, QString(), -1});
+        rack.sim.rack.addFault({SimFault(fault), QString(), -1});
         FrmCompare *window = compare(rack);
         QVERIFY(window);
-        QVERIFY2(window->lblSummary->text().contains("did not answer"),
+        QVERIFY2(window->lblSummary->text().startsWith(summary),
                  qPrintable(window->lblSummary->text()));
         QCOMPARE(markedRows(*window), QStringList());
         QCOMPARE(rack.box("txtZScale", 1)->text(), QString("1500"));
         QVERIFY(!dataLines(rack.sent()).contains("D1500"));
         window->cmdClose->click();
+        QTRY_VERIFY(!window->isVisible());
     }
 };
 

@@ -329,9 +329,9 @@ void FrmCompare::showResult(CardView *view, const CompareResult &result) {
     } else if (read > 0 && unanswered == read) {
         summary = "The card did not answer: no value could be read. The line may be lost.";
     } else if (result.noReplies > 0) {
-        summary = QStringLiteral("The card did not answer %1 of the reads: the values on the card "
-                                 "are not sure. The line may be lost; compare again once it is "
-                                 "back.")
+        summary = QStringLiteral("The card did not answer (%1 steps without a reply): the values "
+                                 "on the card are not sure. The line may be lost; compare again "
+                                 "once it is back.")
                       .arg(result.noReplies);
     } else {
         summary =
