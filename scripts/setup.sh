@@ -7,7 +7,7 @@ cd "$(dirname "$0")/.."
 # (a CI run's among them) shares the objects already compiled.
 export CCACHE_BASEDIR="$PWD" CCACHE_NOHASHDIR=1
 
-bash scripts/install-packages.sh qt6-base-dev qt6-serialport-dev cmake g++ ninja-build ccache "$@"
+bash scripts/install-packages.sh qt6-base-dev qt6-serialport-dev qt6-charts-dev cmake g++ ninja-build ccache "$@"
 
 build=${VXCFG_BUILD_DIR:-build}
 if [ ! -f "$build/build.ninja" ]; then

@@ -48,6 +48,11 @@ std::optional<QString> itemWord(const QString &reply) {
     return std::nullopt;
 }
 
+WriteHold &writeHold() {
+    static WriteHold hold;
+    return hold;
+}
+
 template <typename Attempt> QString retry(int retries, Attempt attempt) {
     QString result;
     for (int counter = 0; counter <= retries; ++counter) {
@@ -63,8 +68,18 @@ int stepsUnderWay = 0;
 
 bool StepUnderWay() { return stepsUnderWay > 0; }
 
+void SetWriteHold(WriteHold hold) {
+    writeHold() = std::move(hold);
+}
+
+bool WritesHeld() {
+    return static_cast<bool>(writeHold());
+}
+
 void SendRecv(const QString &command, QString &reply) {
     reply.clear();
+    // Whatever path a data line takes during a dry run, it does not reach the card.
+    if (WritesHeld() && command.startsWith(QLatin1Char('D'))) return;
     QPointer<SerialLine> line = Link::port();
     if (!line || !line->isOpen()) {
         Link::notifyTraffic(Link::Traffic::Sent, command);
@@ -131,6 +146,7 @@ QString ReadDataOnce(const QString &group, const QString &item) {
 }
 
 QString WriteDataOnce(const QString &group, const QString &item, const QString &data) {
+    if (WritesHeld()) return writeHold()(group, item, data);
     if (bytesWaiting()) return QString();
     if (SendLine("G" + group + kCR) != QLatin1String("COK")) return QString();
     if (isWriteFailure(SendLine("I" + item + kCR))) return QString();
@@ -140,6 +156,7 @@ QString WriteDataOnce(const QString &group, const QString &item, const QString &
 }
 
 QString WriteDataChkOnce(const QString &group, const QString &item, const QString &data) {
+    if (WritesHeld()) return writeHold()(group, item, data);
     if (SendLine("G" + group + kCR) != QLatin1String("COK")) return QString();
     if (item.isEmpty()) return QString();
     const QString itemReply = SendLine("I" + item + kCR);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <functional>
 
 // The G/I/D exchanges with the rack. A failure is the empty text; "CNG" is a refusal and
 // "NEEDLESS" an item the card does not use. Attempts are `retries` + 1.
@@ -12,6 +13,14 @@ QString WriteDataChk(int retries, const QString &group, const QString &item, con
 QString ReadDataOnce(const QString &group, const QString &item);
 QString WriteDataOnce(const QString &group, const QString &item, const QString &data);
 QString WriteDataChkOnce(const QString &group, const QString &item, const QString &data);
+
+// A dry run of a worker: while a hold is installed, WriteData and WriteDataChk send nothing and
+// hand each write to the hold, whose text is the reply the worker sees; a data line sent any
+// other way is dropped. Reads go to the line as ever. An empty function ends the hold.
+using WriteHold =
+    std::function<QString(const QString &group, const QString &item, const QString &data)>;
+void SetWriteHold(WriteHold hold);
+bool WritesHeld();
 
 // One step: sends `command` (with its CR) and returns the reply without CR and outer blanks.
 QString SendLine(const QString &command);

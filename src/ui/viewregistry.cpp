@@ -46,6 +46,15 @@ QWidget *LoadedView(const QString &formName) {
     return it == entries().constEnd() ? nullptr : it->form.data();
 }
 
+QWidget *MakeViewInstance(const QString &formName) {
+    const auto it = entries().constFind(formName);
+    if (it == entries().constEnd() || !it->factory) return nullptr;
+    const std::function<QWidget *()> factory = it->factory;
+    QWidget *made = factory();
+    if (made && made->objectName().isEmpty()) made->setObjectName(formName);
+    return made;
+}
+
 bool IsViewRegistered(const QString &formName) {
     auto it = entries().constFind(formName);
     return it != entries().constEnd() && it->factory;

@@ -28,6 +28,9 @@ void RegisterView(const QString &formName, std::function<QWidget *()> factory);
 QWidget *ViewByName(const QString &formName);
 // The form if it has been made, without making it.
 QWidget *LoadedView(const QString &formName);
+// A new form from the name's factory, apart from the one the registry keeps and owned by the
+// caller (a scratch copy a tool works on); null for a name nobody registered.
+QWidget *MakeViewInstance(const QString &formName);
 // True when a factory is known for the name.
 bool IsViewRegistered(const QString &formName);
 // The form names with a factory, sorted.

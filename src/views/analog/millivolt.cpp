@@ -57,6 +57,13 @@ QLineEdit *FrmQS::percentBox(int ch) const {
     return field("txtInputType", ch);
 }
 
+QList<LiveChannel> FrmQS::LiveChannels() const {
+    QList<LiveChannel> channels = CardView::LiveChannels();
+    for (int ch = 1; ch <= m_spec.channels; ++ch)
+        channels.append({QStringLiteral("Ch %1 %").arg(ch), percentBox(ch)});
+    return channels;
+}
+
 // Value and percentage channel by channel; a lost reply ends the round, and the boxes of the
 // channels before it keep their new values.
 void FrmQS::procCycDataRead() {

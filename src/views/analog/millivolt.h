@@ -15,6 +15,7 @@ public:
           const QString &percentCaption, QWidget *parent = nullptr);
 
     QLineEdit *percentBox(int ch) const;
+    QList<LiveChannel> LiveChannels() const override;
 
 protected:
     void procCycDataRead() override;

@@ -242,6 +242,12 @@ void TemperatureView::DownloadTail() {
     record().Param(64) = data;
 }
 
+// The limit's check box keeps its state in a cell of its own.
+QString TemperatureView::CellName(Cell kind, int index) const {
+    if (kind == Cell::Param && index == 64) return QStringLiteral("Limit");
+    return CardView::CellName(kind, index);
+}
+
 void TemperatureView::ViewTick() {
     // A zero offset click that came while the line was busy opens the dialog now, between two
     // rounds, so its exchanges never run inside another's.

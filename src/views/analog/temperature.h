@@ -55,6 +55,7 @@ protected:
     void ViewRefresh() override;
     void UploadTail() override;
     void DownloadTail() override;
+    QString CellName(Cell kind, int index) const override;
 
 private:
     void ReadInputKinds();

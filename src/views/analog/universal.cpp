@@ -16,6 +16,7 @@
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
+#include <QHash>
 #include <QLabel>
 #include <QLineEdit>
 #include <QRegularExpression>
@@ -467,6 +468,37 @@ void FrmXE4::ViewDownload() {
         return text;
     });
     CloseProgress();
+}
+
+// The lists follow the build, and a number field judges a new text by the last one it took.
+void FrmXE4::TakeEditsFrom(const CardView &source) {
+    if (const auto *view = qobject_cast<const FrmXE4 *>(&source)) {
+        IsBuildA = view->IsBuildA;
+        BuildLists();
+        m_prevText = view->m_prevText;
+    }
+    CardView::TakeEditsFrom(source);
+}
+
+QString FrmXE4::CellName(Cell kind, int index) const {
+    if (kind == Cell::ChParam) return QStringLiteral("Ch %1 Unused").arg(index);
+    static const QHash<int, QString> card = {
+        {57, "Temperature unit"}, {58, "A/D speed"}, {59, "Limit"}};
+    if (card.contains(index)) return card.value(index);
+    const int ch = (index - 1) / kCellsPerChannel + 1;
+    const int cell = (index - 1) % kCellsPerChannel + 1;
+    static const QHash<int, QString> cells = {{5, "Zero scale"},
+                                              {6, "Full scale"},
+                                              {3, "Zero adjust"},
+                                              {4, "Full adjust"},
+                                              {1, "Zero base"},
+                                              {2, "Full base"},
+                                              {kInputTypeCell, "Input type"},
+                                              {kBurnOutCell, "Burnout"},
+                                              {kCjcCell, "CJC"}};
+    const QString name = cells.value(cell);
+    if (name.isEmpty() || ch > kChannels) return QString();
+    return QStringLiteral("Ch %1 %2").arg(ch).arg(name);
 }
 
 void FrmXE4::ListsToRecord(int ch) {

@@ -46,6 +46,8 @@ protected:
     void ViewDownload() override;
     void procCycDataRead() override;
     void ViewRefresh() override;
+    void TakeEditsFrom(const CardView &source) override;
+    QString CellName(Cell kind, int index) const override;
 
 private:
     static constexpr int kNumberFields = 6;

@@ -210,6 +210,16 @@ void FrmQF16::ViewDownload() {
     CloseProgress();
 }
 
+// The page not on show is in the arrays only.
+void FrmQF16::TakeEditsFrom(const CardView &source) {
+    CardView::TakeEditsFrom(source);
+    if (const auto *view = qobject_cast<const FrmQF16 *>(&source)) {
+        m_arrays = view->m_arrays;
+        m_adjustPage = view->m_adjustPage;
+        changeButton->setText(view->changeButton->text());
+    }
+}
+
 // Channel by channel; a "TMO..." value leaves the box as it was.
 void FrmQF16::procCycDataRead() {
     AddressCard();

@@ -31,6 +31,7 @@ protected:
     void ViewDownload() override;
     void procCycDataRead() override;
     bool ValidateDownload() override;
+    void TakeEditsFrom(const CardView &source) override;
 
 private:
     static constexpr int kChannels = 16;

@@ -8,8 +8,11 @@
 #include "rack/textroutines.h"
 #include "ui/frmloading.h"
 #include "ui/people.h"
+#include "ui/trendplot.h"
 #include "ui/viewbuilders.h"
+#include "views/common/cardcompare.h"
 
+#include <QEvent>
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -17,6 +20,27 @@
 #include <QPushButton>
 #include <QTimer>
 #include <QVBoxLayout>
+
+namespace {
+
+// Keeps a button enabled exactly while another one is.
+class EnabledMirror : public QObject {
+public:
+    EnabledMirror(QWidget *leader, QWidget *follower) : QObject(follower), m_follower(follower) {
+        leader->installEventFilter(this);
+        follower->setEnabled(leader->isEnabled());
+    }
+    bool eventFilter(QObject *watched, QEvent *event) override {
+        if (event->type() == QEvent::EnabledChange)
+            m_follower->setEnabled(static_cast<QWidget *>(watched)->isEnabled());
+        return false;
+    }
+
+private:
+    QWidget *m_follower;
+};
+
+} // namespace
 
 namespace StandardParams {
 
@@ -109,8 +133,22 @@ CardView::CardView(ViewSpec plan, QWidget *parent) : QWidget(parent), m_spec(std
     header->addWidget(ViewBuilders::caption(fraSetModel, m_spec.headerCaptions.value(2)));
     header->addWidget(txtVerNo);
     header->addStretch();
+    // The tools' buttons never take Enter from the fields.
+    const auto toolButton = [&](const char *text, const char *name, const char *tip,
+                                void (CardView::*click)()) {
+        auto *button = new QPushButton(text, fraSetModel);
+        button->setObjectName(name);
+        button->setAutoDefault(false);
+        button->setToolTip(tip);
+        header->addWidget(button);
+        connect(button, &QPushButton::clicked, this, click);
+        return button;
+    };
+    cmdTrend = toolButton("Trend", "cmdTrend", "A plot of the live values over time",
+                          &CardView::cmdTrend_Click);
     cmdUp = nullptr;
     cmdDown = nullptr;
+    cmdCompare = nullptr;
     if (m_spec.hasUpDown) {
         cmdUp = new QPushButton("Upload", fraSetModel);
         cmdUp->setObjectName("cmdUp");
@@ -120,8 +158,20 @@ CardView::CardView(ViewSpec plan, QWidget *parent) : QWidget(parent), m_spec(std
         header->addWidget(cmdDown);
         connect(cmdUp, &QPushButton::clicked, this, &CardView::cmdUp_Click);
         connect(cmdDown, &QPushButton::clicked, this, &CardView::cmdDown_Click);
+        cmdCompare = toolButton("Compare", "cmdCompare",
+                                "The card's values beside what Download would write",
+                                &CardView::cmdCompare_Click);
+        new EnabledMirror(cmdDown, cmdCompare);
     }
     layout->addWidget(fraSetModel);
+
+    liveFeed = new LiveFeed(this);
+    liveFeed->channels = [this] { return LiveChannels(); };
+    liveFeed->source = [this] {
+        const QString model = fraSetModel->title();
+        return QStringLiteral("%1, slot %2")
+            .arg(model.isEmpty() ? txtCardType->text() : model, txtCardNo->text());
+    };
 
     WaitForTimer = new QTimer(this);
     WaitForTimer->setObjectName("WaitForTimer");
@@ -198,6 +248,7 @@ void CardView::build() {
     if (m_built) return;
     m_built = true;
     buildBody(static_cast<QVBoxLayout *>(layout()));
+    cmdTrend->setVisible(!LiveChannels().isEmpty());
 }
 
 void CardView::OpenView(const QString &model) {
@@ -220,6 +271,7 @@ void CardView::SetScaleMinMax(const QString &) {
     UploadPending = false;
     ClearPending = false;
     PresetPending = false;
+    ComparePending = false;
     CycleActive = true;
     ViewRefresh();
     WaitForTimer_Timer();
@@ -243,6 +295,15 @@ void CardView::CmdClear_Click() {
 void CardView::cmdPreset_Click() {
     WaitForTimer->setInterval(Clock::ms(10));
     PresetPending = true;
+}
+
+void CardView::cmdTrend_Click() {
+    ShowTrendPlot(liveFeed, this);
+}
+
+void CardView::cmdCompare_Click() {
+    WaitForTimer->setInterval(Clock::ms(10));
+    ComparePending = true;
 }
 
 void CardView::WaitForTimer_Timer() {
@@ -274,9 +335,59 @@ void CardView::ViewTick() {
     } else if (PresetPending) {
         PresetPending = false;
         ViewPreset();
+    } else if (ComparePending) {
+        ComparePending = false;
+        ViewCompare();
     } else {
-        procCycDataRead();
+        ReadLive();
     }
+}
+
+// A read that ends the session got no answer; one that leaves it standing filled the boxes.
+void CardView::ReadLive() {
+    const bool connected = IsConnected;
+    procCycDataRead();
+    if (!connected) return;
+    if (IsConnected)
+        liveFeed->shown();
+    else
+        liveFeed->lost();
+}
+
+QList<LiveChannel> CardView::LiveChannels() const {
+    QList<LiveChannel> channels;
+    for (int ch = 1; ch <= m_spec.channels; ++ch)
+        if (QLineEdit *box = valueBox(ch)) channels.append({QStringLiteral("Ch %1").arg(ch), box});
+    return channels;
+}
+
+void CardView::ViewCompare() {
+    ShowCompare(*this, CardCompare::Run(*this));
+}
+
+void CardView::TakeEditsFrom(const CardView &source) {
+    CopyControlStates(source, *this);
+}
+
+const ParamSpec *CardView::ParamOfCell(Cell kind, int index, int &ch) const {
+    for (const ParamSpec &param : m_spec.params) {
+        if (param.cellKind != kind || !param.cell) continue;
+        for (ch = 1; ch <= m_spec.channels; ++ch)
+            if (hasChannel(param, ch) && param.cell(ch) == index) return &param;
+    }
+    return nullptr;
+}
+
+QString CardView::CellName(Cell kind, int index) const {
+    int ch = 0;
+    if (const ParamSpec *param = ParamOfCell(kind, index, ch)) {
+        QStringList words;
+        for (const QString &word : {param->groupCaption, param->caption})
+            if (!word.trimmed().isEmpty()) words.append(word.trimmed());
+        const QString name = words.isEmpty() ? param->control : words.join(QLatin1Char(' '));
+        return param->perCard ? name : QStringLiteral("Ch %1 %2").arg(ch).arg(name);
+    }
+    return QString();
 }
 
 QString &CardView::cellOf(const ParamSpec &param, int ch) const {

@@ -3,6 +3,7 @@
 #include "rack/cardtable.h"
 #include "rack/limits.h"
 #include "rack/textroutines.h"
+#include "ui/livefeed.h"
 #include "ui/viewbuilders.h"
 #include "ui/viewregistry.h"
 
@@ -142,6 +143,12 @@ public:
     QLineEdit *paramField(const ParamSpec &param, int ch) const;
     QLineEdit *valueBox(int ch) const;
 
+    // The live values the view shows, for the tools that watch them (the trend plot): by default
+    // the value boxes, "Ch 1" upward. A family that shows its values elsewhere lists its own.
+    virtual QList<LiveChannel> LiveChannels() const;
+    // Told after each cyclic read: the boxes hold the new values, or the read got no answer.
+    LiveFeed *liveFeed;
+
     bool DownloadPending = false;
     bool UploadPending = false;
     bool CycleActive = false;
@@ -149,6 +156,9 @@ public:
     // Upload, before the live read, one request a tick.
     bool ClearPending = false;
     bool PresetPending = false;
+    // The compare of the card with what a Download would write waits for the tick as the
+    // workers do, after them and before the live read.
+    bool ComparePending = false;
 
     QGroupBox *fraSetModel;
     QLineEdit *txtCardType;
@@ -156,6 +166,10 @@ public:
     QLineEdit *txtVerNo;
     QPushButton *cmdUp;
     QPushButton *cmdDown;
+    // The tools' commands in the header: the trend plot of the live values (shown where there are
+    // any), and the compare, beside Download and enabled with it.
+    QPushButton *cmdTrend;
+    QPushButton *cmdCompare;
     QTimer *WaitForTimer;
 
 public slots:
@@ -164,6 +178,8 @@ public slots:
     // What a view's Clear and Preset buttons do: the flag, and the next tick soon.
     void CmdClear_Click();
     void cmdPreset_Click();
+    void cmdTrend_Click();
+    void cmdCompare_Click();
     void WaitForTimer_Timer();
 
 protected:
@@ -172,6 +188,18 @@ protected:
     virtual void ViewDownload();
     virtual void ViewClear() {}
     virtual void ViewPreset() {}
+    // Reads the card into a scratch copy of the view and shows it beside what a Download would
+    // write; writes nothing, and leaves the fields and the record as they were.
+    virtual void ViewCompare();
+    // Puts what the user has in `source`, a view of the same form, into this one: the controls
+    // by name, and what a family keeps beside them (a page not on show). The compare's scratch
+    // copy takes the user's edits this way, so that the user's own view is never worked on.
+    virtual void TakeEditsFrom(const CardView &source);
+    // The parameter a record cell holds, as the compare names it; empty where the plan does not
+    // know it (the compare then names it by the field that shows it).
+    virtual QString CellName(Cell kind, int index) const;
+    // The parameter of the plan whose cell it is, and its channel; null for none.
+    const ParamSpec *ParamOfCell(Cell kind, int index, int &ch) const;
     virtual void procCycDataRead();
     virtual void ViewRefresh();
     // The range check before a Download; shows its message and returns false on failure.
@@ -224,5 +252,9 @@ protected:
     ViewSpec m_spec;
 
 private:
+    // The cyclic read, with word to the tools that watch it.
+    void ReadLive();
+
     bool m_built = false;
+    friend class CardCompare;
 };

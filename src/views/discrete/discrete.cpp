@@ -136,6 +136,23 @@ void DiscreteView::SetScaleMinMax(const QString &) {
     WaitForTimer_Timer();
 }
 
+QList<LiveChannel> DiscreteView::LiveChannels() const {
+    const auto state = [](const QString &text) -> std::optional<double> {
+        if (text == QLatin1String("ON")) return 1.0;
+        if (text == QLatin1String("OFF")) return 0.0;
+        return std::nullopt;
+    };
+    QList<LiveChannel> channels;
+    const bool one = m_discrete.fields.size() == 1;
+    for (qsizetype f = 0; f < m_discrete.fields.size(); ++f) {
+        const QString caption = one ? QStringLiteral("Ch") : m_discrete.captions.value(f);
+        for (int ch = 1; ch <= m_discrete.channels; ++ch)
+            channels.append({QStringLiteral("%1 %2").arg(caption).arg(ch),
+                             field(m_discrete.fields.at(f), ch), state});
+    }
+    return channels;
+}
+
 void DiscreteView::ClearFields(const QStringList &controls, int ch) {
     for (const QString &control : controls) {
         QLineEdit *box = field(control, ch);

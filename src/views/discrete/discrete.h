@@ -50,6 +50,8 @@ public:
 
     const DiscreteSpec &discreteSpec() const { return m_discrete; }
     void SetScaleMinMax(const QString &model) override;
+    // Each state field, "ON" as 1 and "OFF" as 0.
+    QList<LiveChannel> LiveChannels() const override;
 
 protected:
     void buildBody(QVBoxLayout *layout) override;

@@ -229,6 +229,11 @@ void FrmXG4::ViewDownload() {
     CloseProgress();
 }
 
+QString FrmXG4::CellName(Cell kind, int index) const {
+    if (kind == Cell::ChParam) return QStringLiteral("Ch %1 Unused").arg(index);
+    return CardView::CellName(kind, index);
+}
+
 // --- HART master settings -------------------------------------------------------------------
 
 FrmXG_HART *FrmXG4::hartDialog() const {

@@ -32,6 +32,7 @@ protected:
     void ViewDownload() override;
     void ViewRefresh() override;
     bool KeepTicking() const override;
+    QString CellName(Cell kind, int index) const override;
 
 private:
     QWidget *buildChannel(int ch);

@@ -647,6 +647,27 @@ void FrmXHK2::ViewDownload() {
     CloseProgress();
 }
 
+QList<LiveChannel> FrmXHK2::LiveChannels() const {
+    QList<LiveChannel> channels;
+    for (int ch = 0; ch < kChannels; ++ch)
+        channels.append({QStringLiteral("Position %1").arg(ch + 1), txtPosition[ch]});
+    for (int ch = 0; ch < kChannels; ++ch)
+        channels.append({QStringLiteral("Setpoint %1").arg(ch + 1), txtsetpoint[ch]});
+    return channels;
+}
+
+QString FrmXHK2::CellName(Cell kind, int index) const {
+    for (int ch = 0; kind == Cell::Param && ch < kChannels; ++ch) {
+        const QString name = index == lockCell(ch)       ? "Motor lock time"
+                             : index == restartCell(ch)  ? "Restart time"
+                             : index == enableCell(ch)   ? "Unused"
+                             : index == deadbandCell(ch) ? "Deadband"
+                                                         : QString();
+        if (!name.isEmpty()) return QStringLiteral("Ch %1 %2").arg(ch + 1).arg(name);
+    }
+    return QString();
+}
+
 // Replies are not tested: an empty one leaves an empty box.
 void FrmXHK2::procCycDataRead() {
     AddressCard();

@@ -22,6 +22,7 @@ public:
     explicit FrmXHK2(QWidget *parent = nullptr);
 
     void SetScaleMinMax(const QString &model) override;
+    QList<LiveChannel> LiveChannels() const override;
 
     // The view's state beyond the common flags.
     bool normalRun = true; // false: the tick is the setting tick
@@ -76,6 +77,7 @@ protected:
     void procCycDataRead() override;
     void ViewRefresh() override;
     void hideEvent(QHideEvent *event) override;
+    QString CellName(Cell kind, int index) const override;
 
 private:
     QWidget *buildChannel(int ch);

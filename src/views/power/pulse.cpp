@@ -200,6 +200,54 @@ void PulseView::ViewRefresh() {
             box(param, ch)->setText(cellOf(param, ch));
 }
 
+namespace {
+
+// The caption of the frame line that shows `control` for channel ch, if any.
+QString frameCaption(const QList<FrameLine> &lines, const QString &control, int ch) {
+    for (const FrameLine &line : lines)
+        for (const QString &pattern : line.controls)
+            if (pattern.arg(ch) == control) return line.caption;
+    return QString();
+}
+
+std::optional<double> HexNumber(const QString &text) {
+    bool ok = false;
+    const uint value = text.trimmed().toUInt(&ok, 16);
+    return ok ? std::optional<double>(value) : std::nullopt;
+}
+
+} // namespace
+
+QList<LiveChannel> PulseView::LiveChannels() const {
+    QList<LiveChannel> channels;
+    for (qsizetype n = 0; n < m_pulse.live.size(); ++n) {
+        const QString &name = m_pulse.live.at(n).box;
+        // Rows of counters are numbered; a box in a frame goes by its line, or by its own name
+        // where the line has no caption.
+        LiveChannel channel{QStringLiteral("Ch %1").arg(n + 1), liveBox(name)};
+        if (!m_pulse.frameLines.isEmpty()) channel.name = name.mid(3);
+        for (int ch = 1; ch <= m_spec.channels; ++ch) {
+            const QString caption = frameCaption(m_pulse.frameLines, name, ch);
+            if (caption.isEmpty()) continue;
+            channel.name = QStringLiteral("Ch %1 %2").arg(ch).arg(caption);
+            if (caption.contains(QLatin1String("(Hex)"))) channel.number = HexNumber;
+        }
+        channels.append(channel);
+    }
+    return channels;
+}
+
+QString PulseView::CellName(Cell kind, int index) const {
+    for (const ParamSpec &param : m_pulse.common)
+        if (param.cellKind == kind && param.cell(0) == index) return param.control.mid(3);
+    int ch = 0;
+    if (const ParamSpec *param = ParamOfCell(kind, index, ch)) {
+        const QString caption = frameCaption(m_pulse.frameLines, box(*param, ch)->objectName(), ch);
+        if (!caption.isEmpty()) return QStringLiteral("Ch %1 %2").arg(ch).arg(caption);
+    }
+    return CardView::CellName(kind, index);
+}
+
 void PulseView::setUpFields() {
     const auto each = [this](const ParamSpec &param, int ch) {
         QLineEdit *edit = box(param, ch);

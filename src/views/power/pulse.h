@@ -65,6 +65,8 @@ public:
     QLineEdit *liveBox(const QString &name) const;
     // A field of a channel (ch >= 1) or one of the common fields (ch = 0).
     QLineEdit *box(const ParamSpec &param, int ch) const;
+    // The live words, named by the line of the channel frame that shows them.
+    QList<LiveChannel> LiveChannels() const override;
 
 protected:
     void ViewUpload() override;
@@ -72,6 +74,7 @@ protected:
     void procCycDataRead() override;
     void ViewRefresh() override;
     void buildBody(QVBoxLayout *layout) override;
+    QString CellName(Cell kind, int index) const override;
 
     // False for a field the card's version does not have: Upload shows "0" and Download
     // empties its cell, neither with an exchange.

@@ -422,6 +422,32 @@ void FrmQY2::ViewPreset() {
     CloseProgress();
 }
 
+QList<LiveChannel> FrmQY2::LiveChannels() const {
+    QList<LiveChannel> channels;
+    for (int e = 1; e <= 2; ++e)
+        for (const LiveField &field : kLive)
+            if (field.dropDot || field.presetItem ||
+                QLatin1String(field.caption).endsWith(QLatin1String("Temp")))
+                channels.append({QStringLiteral("%1 %2").arg(QLatin1String(field.caption)).arg(e),
+                                 named(liveName(field, e))});
+    return channels;
+}
+
+QString FrmQY2::CellName(Cell kind, int index) const {
+    if (kind != Cell::Param) return QString();
+    if (index == kEnableCell) return QStringLiteral("CH2 Disable");
+    if (index == kCoffCell) return QStringLiteral("Coefficient");
+    for (int e = 1; e <= 2; ++e)
+        for (const Setting &setting : kSettings)
+            if (setting.cellOf(e) == index)
+                return QStringLiteral("Ch %1 %2%3")
+                    .arg(e)
+                    .arg(*setting.groupCaption ? QLatin1String(setting.groupCaption) + " "
+                                               : QString())
+                    .arg(QLatin1String(setting.caption));
+    return QString();
+}
+
 // All 26 values first, unchecked: a missing one shows as an empty field.
 void FrmQY2::procCycDataRead() {
     AddressCard();

@@ -31,6 +31,8 @@ public:
 
     // A field by its full objectName ("txtFlowVal1", "txtTotalCCal2p", "txtGain(2)").
     QLineEdit *named(const QString &objectName) const;
+    // The numbers among the live fields, both channels.
+    QList<LiveChannel> LiveChannels() const override;
 
     QPushButton *cmdPreset = nullptr;
 
@@ -41,6 +43,7 @@ protected:
     void ViewPreset() override;
     void procCycDataRead() override;
     void ViewRefresh() override;
+    QString CellName(Cell kind, int index) const override;
 
 private:
     // An editable field with its key filter and its check; no range: the flag's check.

@@ -335,6 +335,25 @@ QList<QLineEdit *> FrmXD10::LiveFieldsToEmpty() const {
     return boxes;
 }
 
+QList<LiveChannel> FrmXD10::LiveChannels() const {
+    static const QStringList names = {"W",
+                                      "var",
+                                      "cos",
+                                      "Hz",
+                                      "Whi Low",
+                                      "Whi High",
+                                      "Who Low",
+                                      "Who High",
+                                      "varh LAG Low",
+                                      "varh LAG High",
+                                      "varh LEAD Low",
+                                      "varh LEAD High"};
+    QList<LiveChannel> channels;
+    for (int n = 1; n <= names.size(); ++n)
+        channels.append({names.at(n - 1), named(liveName(1, n))});
+    return channels;
+}
+
 void FrmXD10::ShowLiveWords(const QStringList &words) {
     for (int n = 1; n <= words.size(); ++n)
         named(liveName(1, n))->setText(words.at(n - 1));
@@ -427,6 +446,21 @@ QList<QLineEdit *> FrmXD40::LiveFieldsToEmpty() const {
         for (int e = 1; e <= 4; ++e)
             boxes << liveField(row, e);
     return boxes;
+}
+
+QList<LiveChannel> FrmXD40::LiveChannels() const {
+    QList<LiveChannel> channels;
+    for (int row = 1; row <= 4; ++row) {
+        const QString caption = m_rowLabels.at(row - 1)->text();
+        for (int e = 1; e <= 4; ++e)
+            if (!liveField(row, e)->isHidden())
+                channels.append(
+                    {QStringLiteral("%1 %2")
+                         .arg(caption.isEmpty() ? QStringLiteral("Row %1").arg(row) : caption)
+                         .arg(e),
+                     liveField(row, e)});
+    }
+    return channels;
 }
 
 void FrmXD40::ShowLiveWords(const QStringList &words) {

@@ -79,6 +79,7 @@ class FrmXD10 : public PowerTransducerView {
     Q_OBJECT
 public:
     explicit FrmXD10(QWidget *parent = nullptr);
+    QList<LiveChannel> LiveChannels() const override;
 
 protected:
     void buildBody(QVBoxLayout *layout) override;
@@ -94,6 +95,8 @@ public:
 
     // The caption of live row 1..4 (lblParData01...), null when the layout has none.
     QLabel *liveRowLabel(int row) const { return m_rowLabels.value(row - 1); }
+    // The live rows the model's layout shows, by their caption and circuit.
+    QList<LiveChannel> LiveChannels() const override;
 
 protected:
     void buildBody(QVBoxLayout *layout) override;

@@ -908,6 +908,41 @@ void FrmXDU::LinkLost() {
     LinkLostDuringCycle();
 }
 
+QList<LiveChannel> FrmXDU::LiveChannels() const {
+    QList<LiveChannel> channels;
+    if (CycleReadOn != -1) return channels;
+    for (int r = 0; r < kRows; ++r) {
+        const QString item = hasMeasurement(r) ? cbItem[r]->currentText() : QString();
+        channels.append({QStringLiteral("+%1 %2").arg(r).arg(item).trimmed(), txtValue[r]});
+    }
+    return channels;
+}
+
+QString FrmXDU::CellName(Cell kind, int index) const {
+    if (kind != Cell::Param) return QString();
+    if (index >= 1 && index <= kRows) return QStringLiteral("Word +%1").arg(index - 1);
+    static const char *const names[kFieldCount] = {"Wiring",
+                                                   "VT Pri.",
+                                                   "VT Sec.",
+                                                   "CT Pri.",
+                                                   "Clamp Sensor",
+                                                   "Cut-out Voltage",
+                                                   "Cut-out Current",
+                                                   "Input signal",
+                                                   "PowerFactor sign",
+                                                   "Reactive Power sign",
+                                                   "Apparent Power calculation",
+                                                   "Current update interval",
+                                                   "Power update interval"};
+    for (int f = 0; f < kFieldCount; ++f)
+        for (int system = 1; system <= kSystems; ++system)
+            if ((system == 1 ? kFields[f].cell1 : kFields[f].cell2) == index)
+                return kFields[f].cell1 == kFields[f].cell2
+                           ? QString::fromLatin1(names[f])
+                           : QStringLiteral("%1 #%2").arg(QLatin1String(names[f])).arg(system);
+    return QString();
+}
+
 void FrmXDU::procCycDataRead() {
     if (CycleReadOn != -1) return;
     AddressCard();

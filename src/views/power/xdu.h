@@ -34,6 +34,9 @@ public:
     // The rows back into the sixteen binding texts.
     void setBindInfo();
     const QStringList &bindings() const { return m_bind; }
+    // The measured value of each word row, named by the row and its measurement; none while
+    // the live words are not read.
+    QList<LiveChannel> LiveChannels() const override;
 
     // -1 while the live words are read; opening a word's list stops the reading by storing its
     // row here, until the next Upload or Download.
@@ -84,6 +87,7 @@ protected:
     void procCycDataRead() override;
     // The view initialisation: lists, labels and fields from the card record.
     void ViewRefresh() override;
+    QString CellName(Cell kind, int index) const override;
 
 private:
     // What the model text says about the card.
