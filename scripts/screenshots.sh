@@ -62,7 +62,11 @@ shot view-multipower --slot 3 --wait 300 --click cmdUp --wait 4000 \
 shot comm-wireless --comm VX-ZRV1@3.00 --click cmdSpecialSetting --wait 500 --click cmdUp \
     --wait 3000 --shot "$out/comm-wireless.png:frmZRV" --click cmdExit
 shot dip-check --click cmdSWcheck --wait 2500 --shot "$out/dip-check.png:frmSWcheck"
-# docs/screenshots/traffic-log.png, trend-plot.png and compare.png come from the tools that
-# show those windows; their steps go here as "shot optional NAME ...".
+shot traffic-log --fault cut:I14:1 --click mnuToolsTrafficLog --wait 800 \
+    --shot "$out/traffic-log.png:frmTrafficLog"
+shot trend-plot --slot 8 --wait 300 --click cmdTrend --wait 4000 --shot "$out/trend-plot.png:frmTrend"
+shot compare --slot 8 --wait 300 --click cmdUp --wait 2500 --set "txtZScale(1)=-50" \
+    --set "txtFScale(1)=900" --set "txtZScale(2)=10" --click cmdCompare --wait 2500 \
+    --shot "$out/compare.png:frmCompare"
 
 exit "$failed"
