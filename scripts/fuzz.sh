@@ -21,7 +21,7 @@ targets=("$@")
     fuzz_wirelessfile fuzz_hlinkfile fuzz_vhxfile)
 
 # clang with its libFuzzer and sanitizer runtimes, Qt and the build tools (Debian 12).
-bash scripts/install-packages.sh clang libclang-rt-14-dev qt6-base-dev qt6-serialport-dev cmake \
+bash scripts/install-packages.sh clang libclang-rt-14-dev qt6-base-dev qt6-serialport-dev qt6-charts-dev cmake \
     ninja-build
 
 build=${VXCFG_FUZZ_DIR:-build-fuzz}

@@ -111,11 +111,20 @@ QString SettingsFileFilter(const QString &extension) {
     return QStringLiteral("%1 Files (*.%1);;Text Files (*.txt);;All Files (*)").arg(extension);
 }
 
-QString QuotedLine(const QString &text, const QString &caption, QString &line) {
+namespace {
+// A quote would end the field early and a control character would not survive an editor: a
+// settings file neither writes nor reads either inside a field.
+bool fitsInQuotes(const QString &text) {
     for (const QChar c : text)
-        if (c == QLatin1Char('"') || c < QLatin1Char(' ') || c == QChar(0x7f))
-            return QStringLiteral("\"%1\" holds a character that a settings file cannot keep.")
-                .arg(caption);
+        if (c == QLatin1Char('"') || c < QLatin1Char(' ') || c == QChar(0x7f)) return false;
+    return true;
+}
+} // namespace
+
+QString QuotedLine(const QString &text, const QString &caption, QString &line) {
+    if (!fitsInQuotes(text))
+        return QStringLiteral("\"%1\" holds a character that a settings file cannot keep.")
+            .arg(caption);
     line = QLatin1Char('"') + text + QLatin1Char('"');
     return {};
 }
@@ -126,7 +135,7 @@ bool UnquoteLine(const QString &line, QString &text) {
         !field.endsWith(QLatin1Char('"')))
         return false;
     const QString inner = field.mid(1, field.size() - 2);
-    if (inner.contains(QLatin1Char('"'))) return false;
+    if (!fitsInQuotes(inner)) return false;
     text = inner;
     return true;
 }

@@ -358,6 +358,9 @@ private slots:
         QTest::newRow("bare value") << file(bare) << "line 5 (Default gateway) is not a text";
         QTest::newRow("count of 17") << file(count) << "line 13 (Entry No.) holds \"17\"";
         QTest::newRow("empty type line") << file(emptyType) << "line 14 (Entry 1 I/O type)";
+        QList<QByteArray> tab = good;
+        tab[4] = "\"255.\t255\"";
+        QTest::newRow("tab in a text") << file(tab) << "line 5 (Default gateway) is not a text";
         QTest::newRow("a wireless file")
             << QByteArray("4\r\n\"1\"\r\n\"RTU\"\r\n") << "line 4 is missing";
     }
