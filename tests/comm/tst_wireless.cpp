@@ -468,7 +468,7 @@ private slots:
                       ? "\"" + WirelessFile::ScrambleKey(QString(32, '1')).toLatin1() + "\"\r\n"
                       : QByteArray("\"1A2B\"\r\n");
         QTest::newRow("a zq file") << zq << "line 22 (Encryption key) holds no key";
-        QTest::newRow("binary") << QByteArray("4\r\n\x01\x02", 7) << "binary data";
+        QTest::newRow("binary") << QByteArray("4\r\n\x01\x00\x02", 6) << "binary data";
     }
     void brokenFilesChangeNothing() {
         QFETCH(QByteArray, content);
