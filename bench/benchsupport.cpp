@@ -66,7 +66,8 @@ LineCount::LineCount() {
         case Link::Traffic::Sent:
             ++steps;
             sent += text.size();
-            break;
+            m_step.start();
+            return;
         case Link::Traffic::Received:
             received += text.size() + 1;
             break;
@@ -74,6 +75,8 @@ LineCount::LineCount() {
             ++silent;
             break;
         }
+        if (m_step.isValid()) waitMs += m_step.nsecsElapsed() / 1e6;
+        m_step.invalidate();
     });
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QElapsedTimer>
 #include <QProcess>
 #include <QString>
 #include <QTemporaryDir>
@@ -39,16 +40,23 @@ private:
 // each reply with its CR.
 struct LineCount {
     qint64 steps = 0, sent = 0, received = 0, silent = 0;
+    // Time from each command handed to the line to its reply taken in (or given up): the rest of
+    // an operation's time is the program's own work between the steps.
+    double waitMs = 0;
     LineCount();
     ~LineCount();
     LineCount(const LineCount &) = delete;
     LineCount &operator=(const LineCount &) = delete;
-    void reset() { steps = sent = received = silent = 0; }
+    void reset() {
+        steps = sent = received = silent = 0;
+        waitMs = 0;
+    }
     qint64 bytes() const { return sent + received; }
     double lineMs() const { return double(bytes()) * kByteMs; }
 
 private:
     int m_observer;
+    QElapsedTimer m_step;
 };
 
 // A size field of /proc/self/status ("VmRSS", "VmHWM") in MB; -1 when it cannot be read.
