@@ -69,6 +69,7 @@ private slots:
         rack.box("txtZScale", 1)->setText("1500");
         rack.box("txtBias", 2)->setText("-12");
         rack.box("txtEnable", 4)->setText("1");
+        rack.box("txtBias", 3)->setText("0.00"); // the card's "0.0", written another way
         const QStringList fields = fieldTexts(*rack.view);
         const QString record = cardRecordText(3);
         const auto stores = rack.sim.rack.slot(3).groups;

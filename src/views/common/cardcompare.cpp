@@ -147,6 +147,15 @@ QPointer<FrmCompare> &compareDialog() {
 
 } // namespace
 
+bool CompareRow::differs() const {
+    if (!read || !written || !answered() || onCard == toWrite) return false;
+    bool cardIsNumber = false;
+    bool writtenIsNumber = false;
+    const double card = onCard.toDouble(&cardIsNumber);
+    const double written = toWrite.toDouble(&writtenIsNumber);
+    return !(cardIsNumber && writtenIsNumber && card == written);
+}
+
 int CompareResult::differing() const {
     int count = 0;
     for (const CompareRow &row : rows)

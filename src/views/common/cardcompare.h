@@ -21,7 +21,8 @@ struct CompareRow {
     bool read = false;    // an Upload reads it
     bool written = false; // a Download writes it
     bool answered() const { return !read || !onCard.isEmpty(); }
-    bool differs() const { return read && written && answered() && onCard != toWrite; }
+    // "0" typed where the card shows "0.0" is the same value: numbers compare as numbers.
+    bool differs() const;
 };
 
 struct CompareResult {
