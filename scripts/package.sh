@@ -7,8 +7,8 @@ cd "$(dirname "$0")/.."
 export CCACHE_BASEDIR="$PWD" CCACHE_NOHASHDIR=1
 
 # dpkg-shlibdeps (dpkg-dev) works out the dependencies from what the programs link.
-bash scripts/install-packages.sh qt6-base-dev qt6-serialport-dev cmake g++ ninja-build ccache \
-    dpkg-dev file
+bash scripts/install-packages.sh qt6-base-dev qt6-serialport-dev qt6-charts-dev cmake g++ ninja-build \
+    ccache dpkg-dev file
 
 build=${VXCFG_PACKAGE_DIR:-build-package}
 # Only the two programs are packaged: the install step need not build the tests first.
@@ -22,7 +22,8 @@ deb=$(ls "$build"/vxcfg_*.deb)
 fail=0
 contents=$(dpkg-deb --contents "$deb")
 for file in ./usr/bin/vxcfg ./usr/bin/vxrack-sim ./usr/share/applications/vxcfg.desktop \
-    ./usr/share/icons/hicolor/scalable/apps/vxcfg.svg ./usr/share/doc/vxcfg/README.md \
+    ./usr/share/icons/hicolor/scalable/apps/vxcfg.svg \
+    ./usr/share/icons/hicolor/256x256/apps/vxcfg.png ./usr/share/doc/vxcfg/README.md \
     ./usr/share/vxcfg/racks/comm-zb.rack; do
     if ! grep -q " $file\$" <<<"$contents"; then
         echo "package.sh: $deb lacks $file" >&2
@@ -32,7 +33,8 @@ done
 depends=$(dpkg-deb -f "$deb" Depends)
 # The package names alone, one a line, without versions.
 names=$(tr ',|' '\n\n' <<<"$depends" | awk 'NF { print $1 }')
-for dependency in libc6 libstdc++6 libqt6core6 libqt6gui6 libqt6widgets6 libqt6serialport6; do
+for dependency in libc6 libstdc++6 libqt6core6 libqt6gui6 libqt6widgets6 libqt6serialport6 \
+    libqt6charts6; do
     if ! grep -qxF "$dependency" <<<"$names"; then
         echo "package.sh: $deb does not depend on $dependency (Depends: $depends)" >&2
         fail=1

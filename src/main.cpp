@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QIcon>
 #include <QTimer>
 #include <cstdio>
 
@@ -13,6 +14,9 @@ int main(int argc, char **argv) {
     QElapsedTimer sinceMain;
     sinceMain.start();
     QApplication app(argc, argv);
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/vxcfg.png")));
+    // Ties the windows to the desktop entry, whose icon a task bar shows.
+    QGuiApplication::setDesktopFileName(QStringLiteral("vxcfg"));
     // Settings files are looked for beside the program.
     QDir::setCurrent(QCoreApplication::applicationDirPath());
     Link::setPort(std::make_unique<QSerialLine>());
