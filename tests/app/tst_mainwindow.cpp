@@ -1,11 +1,13 @@
 #include "app/desk.h"
 
 #include "app/session.h"
+#include "demorack.h"
 #include "rack/cardtable.h"
 #include "rack/overview.h"
 
 #include <QDialog>
 #include <QFocusEvent>
+#include <QGroupBox>
 #include <QLabel>
 #include <QTest>
 
@@ -209,6 +211,34 @@ private slots:
         QVERIFY(connectOff);
         QCOMPARE(buttonOn, !ownStart);
         QCOMPARE(static_cast<FakeDialog *>(LoadedView(dialog))->started, QStringList({name}));
+    }
+
+    // Every view of the demo rack in the window as it opens: nothing in a card's header lies on
+    // top of anything else or is squeezed below what its text needs.
+    void everyHeaderFits() {
+        Desk d;
+        LoadDemoRack(d.sim.rack);
+        QVERIFY(d.connect(1) && press(d.window->CmdUpload));
+        int seen = 0;
+        for (int slot = 1; slot <= kSlots; ++slot) {
+            if (CardTable(slot).CardName == "NONE") continue;
+            QVERIFY(vxtest::pickCard(*d.window, slot));
+            auto *view = qobject_cast<CardView *>(LoadedView(FormNameOfTag(SelFormName)));
+            QVERIFY(view);
+            QCoreApplication::processEvents();
+            QList<QWidget *> parts;
+            for (QWidget *w : view->fraSetModel->findChildren<QWidget *>(Qt::FindDirectChildrenOnly))
+                if (w->isVisibleTo(view)) parts << w;
+            for (int i = 0; i < parts.size(); ++i) {
+                const QString where = CardTable(slot).CardName + " " + parts[i]->objectName();
+                QVERIFY2(parts[i]->width() >= parts[i]->minimumSizeHint().width(), qPrintable(where));
+                for (int j = i + 1; j < parts.size(); ++j)
+                    QVERIFY2(!parts[i]->geometry().intersects(parts[j]->geometry()),
+                             qPrintable(where + " / " + parts[j]->objectName()));
+            }
+            ++seen;
+        }
+        QCOMPARE(seen, 16);
     }
 
     void exitAndCloseEndAtOnce() {

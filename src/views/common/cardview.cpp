@@ -118,7 +118,12 @@ CardView::CardView(ViewSpec plan, QWidget *parent) : QWidget(parent), m_spec(std
 
     fraSetModel = new QGroupBox(this);
     fraSetModel->setObjectName(m_spec.headerFrame);
-    auto *header = new QHBoxLayout(fraSetModel);
+    auto *headerRows = new QVBoxLayout(fraSetModel);
+    auto *header = new QHBoxLayout;
+    m_headerTop = header;
+    m_headerTools = new QHBoxLayout;
+    headerRows->addLayout(m_headerTop);
+    headerRows->addLayout(m_headerTools);
     txtCardType = ViewBuilders::valueField(fraSetModel, "txtCardType", 10);
     txtCardNo = ViewBuilders::valueField(fraSetModel, "txtCardNo", 3);
     txtVerNo = ViewBuilders::valueField(fraSetModel, "txtVerNo", 10);
@@ -140,7 +145,7 @@ CardView::CardView(ViewSpec plan, QWidget *parent) : QWidget(parent), m_spec(std
         button->setObjectName(name);
         button->setAutoDefault(false);
         button->setToolTip(tip);
-        header->addWidget(button);
+        addHeaderTool(button);
         connect(button, &QPushButton::clicked, this, click);
         return button;
     };
@@ -154,8 +159,8 @@ CardView::CardView(ViewSpec plan, QWidget *parent) : QWidget(parent), m_spec(std
         cmdUp->setObjectName("cmdUp");
         cmdDown = new QPushButton("Download", fraSetModel);
         cmdDown->setObjectName("cmdDown");
-        header->addWidget(cmdUp);
-        header->addWidget(cmdDown);
+        addHeaderTool(cmdUp);
+        addHeaderTool(cmdDown);
         connect(cmdUp, &QPushButton::clicked, this, &CardView::cmdUp_Click);
         connect(cmdDown, &QPushButton::clicked, this, &CardView::cmdDown_Click);
         cmdCompare = toolButton("Compare", "cmdCompare",
@@ -249,6 +254,21 @@ void CardView::build() {
     m_built = true;
     buildBody(static_cast<QVBoxLayout *>(layout()));
     cmdTrend->setVisible(!LiveChannels().isEmpty());
+    fitHeader();
+}
+
+void CardView::addHeaderTool(QWidget *tool) {
+    m_headerToolWidgets.append(tool);
+    m_headerTop->addWidget(tool);
+}
+
+void CardView::fitHeader() {
+    if (layout()->totalMinimumSize().width() <= width()) return;
+    m_headerTools->addStretch();
+    for (QWidget *tool : std::as_const(m_headerToolWidgets)) {
+        m_headerTop->removeWidget(tool);
+        m_headerTools->addWidget(tool);
+    }
 }
 
 void CardView::OpenView(const QString &model) {

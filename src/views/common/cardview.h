@@ -15,6 +15,7 @@
 #include <optional>
 
 class QGroupBox;
+class QHBoxLayout;
 class QLineEdit;
 class QPushButton;
 class QTimer;
@@ -215,6 +216,8 @@ protected:
     // Select-all and the key filters on every parameter field, as the plan says; a body of the
     // family's own calls it once its fields exist.
     void InstallFieldBehaviour();
+    // A command or check box of the family's own, at the end of the header's commands.
+    void addHeaderTool(QWidget *tool);
 
     CardRecord &record() const { return CardTable(CardNo); }
     virtual QString &cellOf(const ParamSpec &param, int ch) const;
@@ -254,7 +257,13 @@ protected:
 private:
     // The cyclic read, with word to the tools that watch it.
     void ReadLive();
+    // A header whose commands would squeeze the type and version boxes puts its commands on a
+    // line of their own under them.
+    void fitHeader();
 
     bool m_built = false;
+    QHBoxLayout *m_headerTop;   // type, slot, version, then the commands where they fit
+    QHBoxLayout *m_headerTools; // the commands where they do not
+    QList<QWidget *> m_headerToolWidgets;
     friend class CardCompare;
 };

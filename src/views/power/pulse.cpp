@@ -77,7 +77,7 @@ PulseView::PulseView(PulseSpec plan, QWidget *parent)
 QPushButton *PulseView::addCommand(const QString &name, const QString &caption,
                                    void (PulseView::*click)()) {
     QPushButton *button = MakeButton(fraSetModel, name, caption);
-    static_cast<QHBoxLayout *>(fraSetModel->layout())->addWidget(button);
+    addHeaderTool(button);
     connect(button, &QPushButton::clicked, this, click);
     return button;
 }
@@ -395,7 +395,7 @@ QColor withdrawnColour() {
 FrmQZ4A::FrmQZ4A(QWidget *parent) : PulseView(qz4aSpec(), parent) {
     CheckClear = new QCheckBox(QStringLiteral("Clear"), fraSetModel);
     CheckClear->setObjectName("CheckClear");
-    static_cast<QHBoxLayout *>(fraSetModel->layout())->addWidget(CheckClear);
+    addHeaderTool(CheckClear);
     CmdClear = addCommand("CmdClear", "Clear", &PulseView::CmdClear_Click);
 }
 

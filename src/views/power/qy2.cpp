@@ -179,7 +179,7 @@ FrmQY2::FrmQY2(QWidget *parent)
     cmdDown->setEnabled(false);
     cmdPreset = new QPushButton("Preset", fraSetModel);
     cmdPreset->setObjectName("cmdPreset");
-    fraSetModel->layout()->addWidget(cmdPreset);
+    addHeaderTool(cmdPreset);
     connect(cmdPreset, &QPushButton::clicked, this, &FrmQY2::cmdPreset_Click);
 }
 
